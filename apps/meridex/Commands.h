@@ -1,0 +1,14 @@
+#pragma once
+#include <CLI/CLI.hpp>
+
+// Each subsystem adds its own sub-commands; a command's handler stores the
+// process exit code in exitCode.
+namespace meridex::cli {
+
+void AddFrameCommands(CLI::App& app, int& exitCode);
+void AddSettingsCommand(CLI::App& app, int& exitCode);
+void AddCommsCommands(CLI::App& app, int& exitCode);  // "ports" and "comms"
+void AddBookCommand(CLI::App& app, int& exitCode);
+void AddSyncCommand(CLI::App& app, int& exitCode);
+
+}  // namespace meridex::cli

@@ -1,0 +1,26 @@
+#pragma once
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace meridex {
+
+// Base64 (standard alphabet, "=" padding, CR LF after every 72 characters).
+// Text is taken as windows-1252 bytes, so a text stored by the legacy
+// Windows host decodes to the same characters here.
+class Base64Encoder {
+public:
+    Base64Encoder();
+
+    std::string Encode(std::string_view text) const;
+    // Throws Error(ObjectErrorBase, "Decode", "Unable to decode string") when
+    // the length without line breaks is not a multiple of 4.
+    std::string Decode(std::string_view text) const;
+
+private:
+    std::array<char, 64> alphabet_{};
+    std::array<std::uint8_t, 256> decode_{};
+};
+
+}  // namespace meridex

@@ -1,0 +1,154 @@
+#include "frame/Text.h"
+
+#include <locale.h>
+#include <wctype.h>
+
+#include <array>
+
+#include "frame/Utf8.h"
+
+namespace meridex::Text {
+namespace {
+
+// Case mapping comes from the C.UTF-8 locale's tables, held privately so
+// the process locale never matters.
+locale_t UnicodeLocale() {
+    static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", static_cast<locale_t>(nullptr));
+    return locale;
+}
+
+bool IsAscii(std::string_view text) {
+    for (unsigned char c : text) {
+        if (c >= 0x80) return false;
+    }
+    return true;
+}
+
+char AsciiLower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c; }
+char AsciiUpper(char c) { return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 32) : c; }
+
+template <typename Map>
+std::string MapText(std::string_view text, Map map) {
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t pos = 0; pos < text.size();) {
+        const std::size_t start = pos;
+        const char32_t c = utf8::Next(text, pos);
+        if (c == utf8::kInvalid) {
+            out += text[start];  // bytes that are not UTF-8 pass unchanged
+        } else {
+            utf8::Append(out, map(c));
+        }
+    }
+    return out;
+}
+
+char32_t Fold(char32_t c) {
+    locale_t locale = UnicodeLocale();
+    if (!locale) return c < 0x80 ? static_cast<char32_t>(AsciiLower(static_cast<char>(c))) : c;
+    return static_cast<char32_t>(towlower_l(towupper_l(static_cast<wint_t>(c), locale), locale));
+}
+
+char32_t Upper(char32_t c) {
+    locale_t locale = UnicodeLocale();
+    if (!locale) return c < 0x80 ? static_cast<char32_t>(AsciiUpper(static_cast<char>(c))) : c;
+    return static_cast<char32_t>(towupper_l(static_cast<wint_t>(c), locale));
+}
+
+// windows-1252 code points of bytes 0x80..0x9F (0 where the byte is unused).
+constexpr std::array<char32_t, 32> kHigh = {
+    0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
+
+}  // namespace
+
+std::string FoldCase(std::string_view text) {
+    if (IsAscii(text)) {
+        std::string out(text);
+        for (char& c : out) c = AsciiLower(c);
+        return out;
+    }
+    return MapText(text, Fold);
+}
+
+std::string ToUpper(std::string_view text) {
+    if (IsAscii(text)) {
+        std::string out(text);
+        for (char& c : out) c = AsciiUpper(c);
+        return out;
+    }
+    return MapText(text, Upper);
+}
+
+bool EqualsIgnoreCase(std::string_view a, std::string_view b) {
+    if (IsAscii(a) && IsAscii(b)) {
+        if (a.size() != b.size()) return false;
+        for (std::size_t i = 0; i < a.size(); ++i) {
+            if (AsciiLower(a[i]) != AsciiLower(b[i])) return false;
+        }
+        return true;
+    }
+    return FoldCase(a) == FoldCase(b);
+}
+
+bool IsValidUtf8(std::string_view text) {
+    for (std::size_t pos = 0; pos < text.size();) {
+        if (static_cast<unsigned char>(text[pos]) < 0x80) {
+            ++pos;
+        } else if (utf8::Next(text, pos) == utf8::kInvalid) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string_view Trim(std::string_view text) {
+    const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+    while (!text.empty() && blank(text.front())) text.remove_prefix(1);
+    while (!text.empty() && blank(text.back())) text.remove_suffix(1);
+    return text;
+}
+
+std::string_view TrimTabs(std::string_view text) {
+    while (!text.empty() && text.front() == '\t') text.remove_prefix(1);
+    while (!text.empty() && text.back() == '\t') text.remove_suffix(1);
+    return text;
+}
+
+std::string FromWindows1252(std::string_view bytes) {
+    std::string out;
+    out.reserve(bytes.size());
+    for (unsigned char c : bytes) {
+        char32_t cp = c;
+        if (c >= 0x80 && c <= 0x9F) cp = kHigh[c - 0x80] ? kHigh[c - 0x80] : c;
+        utf8::Append(out, cp);
+    }
+    return out;
+}
+
+std::string ToWindows1252(std::string_view utf8Text) {
+    std::string out;
+    out.reserve(utf8Text.size());
+    for (std::size_t pos = 0; pos < utf8Text.size();) {
+        const std::size_t start = pos;
+        const char32_t c = utf8::Next(utf8Text, pos);
+        if (c == utf8::kInvalid) {
+            out += utf8Text[start];  // already an 8-bit byte
+        } else if (c < 0x80 || (c >= 0xA0 && c <= 0xFF)) {
+            out += static_cast<char>(c);
+        } else {
+            char mapped = '?';
+            for (std::size_t i = 0; i < kHigh.size(); ++i) {
+                if (kHigh[i] == c || (kHigh[i] == 0 && c == 0x80 + i)) {
+                    mapped = static_cast<char>(0x80 + i);
+                    break;
+                }
+            }
+            out += mapped;
+        }
+    }
+    return out;
+}
+
+}  // namespace meridex::Text

@@ -1,0 +1,188 @@
+#include "frame/XMLOps.h"
+
+#include "frame/Numeric.h"
+#include "frame/Text.h"
+#include "frame/XmlAccess.h"
+#include "frame/XmlImpl.h"
+
+namespace meridex::XMLOps {
+namespace {
+
+struct Factory {
+    XmlDocument document;
+    std::int32_t uses = 0;
+};
+
+// One factory per thread, as the library runs on its caller's thread.
+Factory& ThreadFactory() {
+    thread_local Factory factory;
+    return factory;
+}
+
+// Creates name under node with text value, made by node's own document;
+// any failure is ignored.
+void CreateChild(const XmlNode& node, std::string_view name, std::string_view value) {
+    XmlDocument owner = node.OwnerDocument();
+    if (!owner) return;
+    XmlNode element = owner.CreateElement(name);
+    if (!element) return;
+    element.SetText(value);
+    if (node.AppendChild(element)) MarkDocumentChanged(node);
+}
+
+void RemoveChild(const XmlNode& node, std::string_view name) {
+    if (XmlNode found = node.SelectSingle(name)) node.RemoveChild(found);
+}
+
+}  // namespace
+
+XmlDocument NewXMLDocument() {
+    XmlDocument document = XmlDocument::New();
+    document.DocumentNode().AppendChild(document.CreateProcessingInstruction("xml", kDeclarationData));
+    return document;
+}
+
+void AcquireXMLFactory() {
+    Factory& factory = ThreadFactory();
+    if (++factory.uses == 1) factory.document = NewXMLDocument();
+}
+
+void ReleaseXMLFactory() {
+    Factory& factory = ThreadFactory();
+    if (--factory.uses <= 0) {
+        factory.uses = 0;
+        factory.document = XmlDocument();
+    }
+}
+
+std::int32_t XMLFactoryUseCount() { return ThreadFactory().uses; }
+
+XmlDocument XMLFactory() { return ThreadFactory().document; }
+
+XmlNode CreateXMLElement(std::string_view name) {
+    const XmlDocument& factory = ThreadFactory().document;
+    return factory ? factory.CreateElement(name) : XmlNode();
+}
+
+std::string GetXMLValue(const XmlNode& node, std::string_view name, std::string_view defaultValue) {
+    if (!node) return {};
+    if (XmlNode found = node.SelectSingle(name)) return found.Text();
+    SetXMLValue(node, name, defaultValue, false);
+    return std::string(defaultValue);
+}
+
+void SetXMLValue(const XmlNode& node, std::string_view name, std::string_view value, bool force) {
+    if (!node) return;
+    if (force) {
+        if (XmlNode found = node.SelectSingle(name)) {
+            found.SetText(value);
+            MarkDocumentChanged(node);
+        } else {
+            CreateChild(node, name, value);
+        }
+        return;
+    }
+    // Unless forced, empty and "0" are never stored: they delete the element.
+    if (value.empty() || value == "0") {
+        RemoveChild(node, name);
+        return;
+    }
+    if (value == GetXMLValue(node, name, "")) return;
+    if (XmlNode found = node.SelectSingle(name)) {
+        found.SetText(value);
+        MarkDocumentChanged(node);
+    } else {
+        CreateChild(node, name, value);
+    }
+}
+
+std::string ReadXMLString(const XmlNode& node, std::string_view name, std::string_view defaultValue, bool force) {
+    if (!node) return std::string(defaultValue);
+    if (XmlNode found = node.SelectSingle(name)) return found.Text();
+    SetXMLValue(node, name, defaultValue, force);
+    return std::string(defaultValue);
+}
+
+std::int16_t ReadXMLInteger(const XmlNode& node, std::string_view name, std::int16_t defaultValue, bool force) {
+    if (!node) return defaultValue;
+    if (XmlNode found = node.SelectSingle(name)) return Numeric::ToInt16(Numeric::LeadingNumber(found.Text()));
+    SetXMLValue(node, name, Numeric::ToText(defaultValue), force);
+    return defaultValue;
+}
+
+bool ReadXMLBoolean(const XmlNode& node, std::string_view name, bool defaultValue, bool force) {
+    if (!node) return defaultValue;
+    if (XmlNode found = node.SelectSingle(name)) {
+        const std::string text = found.Text();
+        if (Numeric::IsNumeric(text)) return Numeric::LeadingNumber(text) != 0;
+        return Text::ToUpper(text) == "TRUE";
+    }
+    SetXMLValue(node, name, defaultValue ? "True" : "False", force);
+    return defaultValue;
+}
+
+void WriteXMLString(const XmlNode& node, std::string_view name, std::string_view value, std::string_view defaultValue,
+                    bool force) {
+    if (!node) return;
+    if (XmlNode found = node.SelectSingle(name)) {
+        found.SetText(value);
+    } else if (force || value != defaultValue) {
+        if (XmlNode element = CreateXMLElement(name)) {
+            element.SetText(value);
+            node.AppendChild(element);
+        }
+    }
+    MarkDocumentChanged(node);
+}
+
+void WriteXMLInteger(const XmlNode& node, std::string_view name, std::int16_t value, std::int16_t defaultValue,
+                     bool force) {
+    if (!node) return;
+    if (XmlNode found = node.SelectSingle(name)) {
+        found.SetText(Numeric::ToText(value));
+    } else if (force || value != defaultValue) {
+        if (XmlNode element = CreateXMLElement(name)) {
+            element.SetText(Numeric::ToText(value));
+            node.AppendChild(element);
+        }
+    }
+    MarkDocumentChanged(node);
+}
+
+void MarkDocumentChanged(const XmlNode& node) {
+    xmlNodePtr raw = XmlAccess::Raw(node);
+    if (!raw || raw->type == XML_DOCUMENT_NODE || !raw->doc) return;
+    xmlDocPtr doc = raw->doc;
+    xmlNodePtr root = doc->children;
+    while (root && root->type != XML_ELEMENT_NODE) root = root->next;
+    if (!root) return;
+    // The mark is looked up once per document and remembered while nothing
+    // has been unlinked from the tree, so repeated writes stay cheap on a
+    // root with thousands of children.
+    xmlimpl::DocHolder* holder = xmlimpl::HolderOf(doc);
+    XmlNode mark;
+    if (holder->changedMark && holder->changedMarkGeneration == holder->unlinkGeneration &&
+        holder->changedMark->parent == root) {
+        mark = XmlAccess::View(holder->changedMark);
+    } else {
+        XmlNode rootView = XmlAccess::View(root);
+        mark = rootView.SelectSingle("CHANGED");
+        if (!mark) {
+            mark = CreateXMLElement("CHANGED");
+            if (!mark || !rootView.AppendChild(mark)) return;
+        }
+        holder->changedMark = XmlAccess::Raw(mark);
+        holder->changedMarkGeneration = holder->unlinkGeneration;
+    }
+    mark.SetText("-1");
+}
+
+std::int16_t FindXMLNodeIndex(const std::vector<XmlNode>& list, std::string_view childName, std::string_view value) {
+    const std::size_t limit = std::min<std::size_t>(list.size(), 32767);
+    for (std::size_t i = 0; i < limit; ++i) {
+        if (Text::EqualsIgnoreCase(GetXMLValue(list[i], childName, ""), value)) return static_cast<std::int16_t>(i);
+    }
+    return -1;
+}
+
+}  // namespace meridex::XMLOps

@@ -1,0 +1,105 @@
+#pragma once
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace meridex {
+
+class XmlDocument;
+namespace xmlimpl { struct Anchor; }
+
+enum class XmlNodeType {
+    None,
+    Element,
+    Attribute,
+    Text,
+    CData,
+    EntityReference,
+    ProcessingInstruction,
+    Comment,
+    Document,
+    Other
+};
+
+// A view: a cheap, copyable, counted handle on one node of an XML document.
+//
+// - Two views on one node see the same data; nothing is cached in a view.
+// - A default-constructed view is the null view ("no node"); every operation
+//   on it does nothing and answers an empty result.
+// - A view keeps its node and the node's document alive. A node removed from
+//   its tree is not freed while any view holds it or anything below it.
+// - A node may be appended into any document, including one other than the
+//   document that made it; it moves with its names, text and children.
+class XmlNode {
+public:
+    XmlNode() noexcept = default;
+    XmlNode(const XmlNode& other) noexcept;
+    XmlNode(XmlNode&& other) noexcept;
+    XmlNode& operator=(const XmlNode& other) noexcept;
+    XmlNode& operator=(XmlNode&& other) noexcept;
+    ~XmlNode();
+
+    bool IsNull() const noexcept { return anchor_ == nullptr; }
+    explicit operator bool() const noexcept { return anchor_ != nullptr; }
+    bool operator==(const XmlNode& other) const noexcept { return anchor_ == other.anchor_; }
+
+    XmlNodeType NodeType() const noexcept;
+    bool IsElement() const noexcept { return NodeType() == XmlNodeType::Element; }
+    // Element or processing-instruction name; "#text", "#comment",
+    // "#document" and so on for the other kinds.
+    std::string Name() const;
+
+    // The text of the node: for an element, all its descendant text joined.
+    std::string Text() const;
+    // Replaces an element's children by one text node holding text (no text
+    // node at all for an empty text); sets the content of other nodes.
+    void SetText(std::string_view text) const;
+
+    // Selection by a relative name path: names separated by "/", each an
+    // exact element name or "*". An invalid path selects nothing.
+    XmlNode SelectSingle(std::string_view path) const;
+    std::vector<XmlNode> SelectAll(std::string_view path) const;
+    // Number of direct element children named name ("*" or empty: all).
+    std::size_t CountChildElements(std::string_view name = {}) const;
+
+    std::vector<XmlNode> ChildNodes() const;  // every kind
+    XmlNode FirstChild() const;
+    XmlNode LastChild() const;
+    XmlNode NextSibling() const;
+    XmlNode PreviousSibling() const;
+    // Element navigation; an empty name matches any element.
+    XmlNode FirstChildElement(std::string_view name = {}) const;
+    XmlNode NextSiblingElement(std::string_view name = {}) const;
+
+    // The parent node: the document node for a document's root element,
+    // null for a detached node.
+    XmlNode Parent() const;
+    // The document that holds this node; null for a document node itself.
+    XmlDocument OwnerDocument() const;
+
+    // Moves child (from wherever it is, any document) to the end of this
+    // node's children and returns it; null when the move is not possible (a
+    // null argument, a document node, or this node inside child).
+    XmlNode AppendChild(const XmlNode& child) const;
+    // As AppendChild, before ref (at the end when ref is null).
+    XmlNode InsertBefore(const XmlNode& child, const XmlNode& ref) const;
+    // Detaches child from this node and returns it; null when child is not a
+    // child of this node.
+    XmlNode RemoveChild(const XmlNode& child) const;
+    // A detached copy held by the same document.
+    XmlNode CloneNode(bool deep) const;
+
+    // The node serialised as UTF-8 XML text (no declaration).
+    std::string Xml() const;
+
+private:
+    friend class XmlDocument;
+    friend struct XmlAccess;
+    explicit XmlNode(void* node);
+    void* raw() const noexcept;
+
+    xmlimpl::Anchor* anchor_ = nullptr;
+};
+
+}  // namespace meridex

@@ -1,0 +1,26 @@
+#pragma once
+#include <string>
+
+namespace meridex::test {
+
+// A fresh folder under the system temporary folder, removed with everything
+// in it when the object ends.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    const std::string& Path() const noexcept { return path_; }
+    // Path of name inside the folder.
+    std::string File(const std::string& name) const { return path_ + "/" + name; }
+    // Writes a file (parents created) and returns its path.
+    std::string Write(const std::string& name, const std::string& contents) const;
+    static std::string Read(const std::string& path);
+
+private:
+    std::string path_;
+};
+
+}  // namespace meridex::test
