@@ -131,8 +131,9 @@ void Release(Anchor* anchor) noexcept {
 
 void AddOrphan(xmlNodePtr node) {
     DocHolder* holder = HolderOf(node->doc);
+    // Sweep before the insert: the new node has no view yet and would be freed.
+    if (holder->orphans.size() + 1 >= holder->sweepAt) Sweep(holder);
     holder->orphans.insert(node);
-    if (holder->orphans.size() >= holder->sweepAt) Sweep(holder);
 }
 
 void Detach(xmlNodePtr node) {
