@@ -1,0 +1,44 @@
+#pragma once
+#include <string>
+#include <string_view>
+
+#include "frame/XMLFactoryLease.h"
+#include "frame/XmlNode.h"
+
+namespace meridex {
+
+// One feature permission of a profile: a live view of a FEATURE element
+// (KEY, DESCRIPTION and, when the feature is available, AVAILABLE "-1").
+// Copies view the same element; nothing is cached. A null feature (IsNull())
+// stands for "none": reads give empty results, writes do nothing.
+class Feature {
+public:
+    // A new, detached FEATURE element with no children.
+    Feature();
+    // A view of an existing element; a null node gives a null feature.
+    explicit Feature(XmlNode element);
+
+    bool IsNull() const noexcept { return node_.IsNull(); }
+
+    std::string Description() const;
+    // Always written, an empty text included.
+    void setDescription(std::string_view description) const;
+    std::string Key() const;
+    void setKey(std::string_view key) const;
+    // The leading number of AVAILABLE is not zero; no AVAILABLE reads as false.
+    bool Available() const;
+    // True stores "-1"; false removes AVAILABLE.
+    void setAvailable(bool available) const;
+
+    const XmlNode& XMLNode() const noexcept { return node_; }
+    void setXMLNode(XmlNode element) { node_ = std::move(element); }
+
+    // A new feature over a deep, detached copy of this element.
+    Feature Clone() const;
+
+private:
+    XMLFactoryLease lease_;
+    XmlNode node_;
+};
+
+}  // namespace meridex

@@ -1,0 +1,42 @@
+#pragma once
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "frame/Index.h"
+#include "frame/XMLFactoryLease.h"
+#include "frame/XmlNode.h"
+#include "settings/Profile.h"
+
+namespace meridex {
+
+// The profile collection: a live view of a PROFILES element and its PROFILE
+// children. Copies view the same element.
+class Profiles {
+public:
+    // A new, detached PROFILES element with no children.
+    Profiles();
+    // A view of an existing element; a null node gives a null collection.
+    explicit Profiles(XmlNode element);
+
+    bool IsNull() const noexcept { return node_.IsNull(); }
+
+    std::int16_t Count() const;
+    // By 1-based position or by key (ignoring case, first match); null when
+    // the index names no profile.
+    Profile Item(const Index& index) const;
+    // Appends the profile's element (moving it from wherever it was), then
+    // gives it the key when one is passed. Duplicate keys are not refused.
+    void Add(const Profile& newProfile, std::optional<std::string_view> key = std::nullopt) const;
+    void Remove(const Index& index) const;
+    void Clear() const;
+
+    const XmlNode& XMLNode() const noexcept { return node_; }
+    void setXMLNode(XmlNode element) { node_ = std::move(element); }
+
+private:
+    XMLFactoryLease lease_;
+    XmlNode node_;
+};
+
+}  // namespace meridex
