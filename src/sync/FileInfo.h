@@ -1,0 +1,51 @@
+#pragma once
+#include <cstdint>
+#include <ctime>
+#include <string>
+
+#include "frame/DateTime.h"
+
+namespace meridex {
+
+// What is known of one file on disk when it was looked at: its name, full
+// path, parent folder, size and times. A plain value; it does not follow
+// later changes of the file.
+//
+// "Created" is the birth time where the file system records it (statx),
+// otherwise the time of the last status change, the nearest thing POSIX has.
+class FileInfo {
+public:
+    FileInfo() = default;  // none
+
+    // The file at path (a symbolic link is followed); none when there is no
+    // normal file there.
+    static FileInfo FromPath(const std::string& path);
+
+    bool IsNull() const noexcept { return path_.empty(); }
+    const std::string& Name() const noexcept { return name_; }
+    const std::string& Path() const noexcept { return path_; }
+    // The folder holding the file, without a trailing separator.
+    const std::string& ParentFolder() const noexcept { return parent_; }
+    std::uint64_t Size() const noexcept { return size_; }
+
+    // Exact times, as the file system keeps them.
+    const std::timespec& Created() const noexcept { return created_; }
+    const std::timespec& Accessed() const noexcept { return accessed_; }
+    const std::timespec& Modified() const noexcept { return modified_; }
+
+    // The same times as local calendar dates, to the second.
+    DateTime DateCreated() const { return DateTime::FromLocal(created_.tv_sec); }
+    DateTime DateLastAccessed() const { return DateTime::FromLocal(accessed_.tv_sec); }
+    DateTime DateLastModified() const { return DateTime::FromLocal(modified_.tv_sec); }
+
+private:
+    std::string name_;
+    std::string path_;
+    std::string parent_;
+    std::uint64_t size_ = 0;
+    std::timespec created_{};
+    std::timespec accessed_{};
+    std::timespec modified_{};
+};
+
+}  // namespace meridex

@@ -1,0 +1,49 @@
+#pragma once
+#include <memory>
+#include <string>
+
+#include "sync/FileInfo.h"
+#include "sync/SchemeSyncOptions.h"
+
+namespace meridex {
+
+// One scheme file found by SyncSchemes::GetSchemeList. A cheap handle: copies
+// share one item, so an option set through any copy (for instance one taken
+// from a collection) is the option SyncSchemes::Sync sees. Calls on a null
+// item read empty values and change nothing.
+class SchemeFileItem {
+public:
+    SchemeFileItem();  // a new item, option syncIgnore
+    static SchemeFileItem Null();
+
+    bool IsNull() const noexcept { return !d_; }
+
+    const FileInfo& File() const;
+    void setFile(const FileInfo& file);
+    // The relative path in upper case.
+    const std::string& Key() const;
+    void setKey(const std::string& key);
+    // The path below the scanned root, with its leading separator ("/Sub/Site.SXS").
+    const std::string& RelativePath() const;
+    void setRelativePath(const std::string& path);
+    SchemeSyncOptions SyncOptions() const;
+    void setSyncOptions(SchemeSyncOptions options);
+
+    // The same scheme on the other side when both sides have it (none when
+    // only one side has it), so a caller can show both times.
+    const FileInfo& OtherFile() const;
+    void setOtherFile(const FileInfo& file);
+    // Why the item is in SyncSchemes::Errors; empty elsewhere.
+    const std::string& ErrDescription() const;
+    void setErrDescription(const std::string& text);
+
+    // True when both handles are the same item.
+    bool operator==(const SchemeFileItem& other) const noexcept { return d_ == other.d_; }
+
+private:
+    struct Data;
+    explicit SchemeFileItem(std::shared_ptr<Data> d) : d_(std::move(d)) {}
+    std::shared_ptr<Data> d_;
+};
+
+}  // namespace meridex

@@ -1,0 +1,298 @@
+#include "sync/SchemeFileSystem.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+namespace meridex {
+
+namespace {
+
+std::string Describe(const std::string& what, const std::string& path, int err) {
+    return what + " " + path + ": " + std::strerror(err);
+}
+
+class Fd {
+public:
+    explicit Fd(int fd = -1) : fd_(fd) {}
+    ~Fd() {
+        if (fd_ >= 0) ::close(fd_);
+    }
+    Fd(const Fd&) = delete;
+    Fd& operator=(const Fd&) = delete;
+    int get() const { return fd_; }
+    // Closes now and reports whether the close succeeded (a late write error
+    // of some file systems shows only here).
+    bool Close() {
+        int fd = fd_;
+        fd_ = -1;
+        return ::close(fd) == 0;
+    }
+
+private:
+    int fd_;
+};
+
+// Removes the temporary file unless the copy got as far as renaming it.
+class TempFile {
+public:
+    explicit TempFile(std::string path) : path_(std::move(path)) {}
+    ~TempFile() {
+        if (!path_.empty()) ::unlink(path_.c_str());
+    }
+    TempFile(const TempFile&) = delete;
+    TempFile& operator=(const TempFile&) = delete;
+    const std::string& Path() const { return path_; }
+    void Release() { path_.clear(); }
+
+private:
+    std::string path_;
+};
+
+std::string FolderOf(const std::string& path) {
+    auto slash = path.find_last_of('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? std::string("/") : path.substr(0, slash);
+}
+
+std::string NameOf(const std::string& path) {
+    auto slash = path.find_last_of('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+// A rename is durable only once its folder is flushed too.
+void FlushFolder(const std::string& folder) {
+    int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return;
+    ::fsync(fd);
+    ::close(fd);
+}
+
+bool RenameNoReplace(const std::string& from, const std::string& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    // A file system without no-replace renames (some network shares): test
+    // first; the window is small and only a backup name is at stake.
+    struct stat st {};
+    if (::lstat(to.c_str(), &st) == 0) {
+        errno = EEXIST;
+        return false;
+    }
+    return ::rename(from.c_str(), to.c_str()) == 0;
+}
+
+}  // namespace
+
+bool SchemeFileSystem::FolderExists(const std::string& path) const {
+    struct stat st {};
+    return !path.empty() && ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+bool SchemeFileSystem::ListFolder(const std::string& folder, std::vector<std::string>& files,
+                                  std::vector<std::string>& folders, int* errnoOut) {
+    files.clear();
+    folders.clear();
+    DIR* dir = ::opendir(folder.c_str());
+    if (!dir) {
+        if (errnoOut) *errnoOut = errno;
+        return false;
+    }
+    int fd = ::dirfd(dir);
+    errno = 0;
+    while (struct dirent* entry = ::readdir(dir)) {
+        const char* name = entry->d_name;
+        if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
+        unsigned char type = entry->d_type;
+        if (type == DT_UNKNOWN) {
+            struct stat st {};
+            if (::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0) continue;
+            type = S_ISDIR(st.st_mode) ? DT_DIR : S_ISREG(st.st_mode) ? DT_REG : S_ISLNK(st.st_mode) ? DT_LNK : DT_UNKNOWN;
+        }
+        if (type == DT_LNK) {
+            struct stat st {};
+            if (::fstatat(fd, name, &st, 0) == 0 && S_ISREG(st.st_mode)) type = DT_REG;
+        }
+        if (type == DT_REG)
+            files.emplace_back(name);
+        else if (type == DT_DIR)
+            folders.emplace_back(name);
+        errno = 0;
+    }
+    int err = errno;
+    ::closedir(dir);
+    if (err != 0) {
+        if (errnoOut) *errnoOut = err;
+        return false;
+    }
+    std::sort(files.begin(), files.end());
+    std::sort(folders.begin(), folders.end());
+    return true;
+}
+
+bool SchemeFileSystem::Transfer(int in, int out, std::string& error) {
+    bool kernelCopy = true;
+    std::vector<char> buffer;
+    for (;;) {
+        if (kernelCopy) {
+            ssize_t n = ::copy_file_range(in, nullptr, out, nullptr, std::size_t{1} << 30, 0);
+            if (n > 0) continue;
+            if (n == 0) return true;
+            if (errno == EINTR) continue;
+            if (errno == EXDEV || errno == ENOSYS || errno == EINVAL || errno == EOPNOTSUPP ||
+                errno == EBADF || errno == EPERM) {
+                // Not offered here: the offsets moved only past what was
+                // copied, so a plain loop carries on from there.
+                kernelCopy = false;
+                buffer.resize(256 * 1024);
+                continue;
+            }
+            error = std::strerror(errno);
+            return false;
+        }
+        ssize_t got = ::read(in, buffer.data(), buffer.size());
+        if (got == 0) return true;
+        if (got < 0) {
+            if (errno == EINTR) continue;
+            error = std::strerror(errno);
+            return false;
+        }
+        for (ssize_t done = 0; done < got;) {
+            ssize_t put = ::write(out, buffer.data() + done, static_cast<std::size_t>(got - done));
+            if (put < 0) {
+                if (errno == EINTR) continue;
+                error = std::strerror(errno);
+                return false;
+            }
+            done += put;
+        }
+    }
+}
+
+bool SchemeFileSystem::ApplyTimes(int out, const std::timespec times[2]) {
+    return ::futimens(out, times) == 0;
+}
+
+bool SchemeFileSystem::Flush(int out) { return ::fsync(out) == 0; }
+
+SchemeFileSystem::CopyResult SchemeFileSystem::CopyFile(const std::string& source,
+                                                        const std::string& destination, bool backup,
+                                                        std::string& error, std::string* backupPath) {
+    return CopyInto(source, destination, Commit::Replace, backup, error, backupPath, nullptr);
+}
+
+SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& source,
+                                                        const std::string& destination, Commit commit,
+                                                        bool backup, std::string& error,
+                                                        std::string* backupPath, int* errnoOut) {
+    auto fail = [&](std::string text, int err) {
+        error = std::move(text);
+        if (errnoOut) *errnoOut = err;
+        return CopyResult::Failed;
+    };
+    // O_NOATIME keeps the source's access time as the copy will show it; only
+    // the owner may ask for it.
+    int inFd = ::open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NOATIME);
+    if (inFd < 0 && errno == EPERM) inFd = ::open(source.c_str(), O_RDONLY | O_CLOEXEC);
+    if (inFd < 0) {
+        if (errno == ENOENT) return CopyResult::SourceMissing;
+        return fail(Describe("Unable to open", source, errno), errno);
+    }
+    Fd in(inFd);
+    struct stat src {};
+    if (::fstat(in.get(), &src) != 0) return fail(Describe("Unable to read", source, errno), errno);
+    if (!S_ISREG(src.st_mode)) return fail("Not a normal file: " + source, EINVAL);
+
+    struct stat target {};
+    bool targetExists = ::lstat(destination.c_str(), &target) == 0;
+    if (targetExists && S_ISDIR(target.st_mode)) return fail("A folder is in the way: " + destination, EISDIR);
+    bool keepTargetMode = targetExists && S_ISREG(target.st_mode);
+
+    const std::string folder = FolderOf(destination);
+    const std::string name = NameOf(destination);
+    static unsigned counter = 0;
+    std::string tempPath;
+    int outFd = -1;
+    for (int attempt = 0; attempt < 100 && outFd < 0; ++attempt) {
+        // A leading full stop hides it, and neither its extension nor its
+        // name can pass for a scheme or a member of a family.
+        tempPath = folder + "/." + name + ".sync-" + std::to_string(::getpid()) + "-" + std::to_string(counter++);
+        outFd = ::open(tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                       keepTargetMode ? (target.st_mode & 07777) : (src.st_mode & 0777));
+        if (outFd < 0 && errno != EEXIST) return fail(Describe("Unable to write in", folder, errno), errno);
+    }
+    if (outFd < 0) return fail("No free temporary name in " + folder, EEXIST);
+    Fd out(outFd);
+    TempFile temp(tempPath);
+    if (keepTargetMode) {
+        // Best effort: the replacement looks like the file it replaces.
+        ::fchmod(out.get(), target.st_mode & 07777);
+        if (target.st_uid != ::geteuid() || target.st_gid != ::getegid())
+            (void)::fchown(out.get(), target.st_uid, target.st_gid);
+    }
+
+    std::string why;
+    if (!Transfer(in.get(), out.get(), why)) return fail("Unable to copy " + source + ": " + why, EIO);
+    const std::timespec times[2] = {src.st_atim, src.st_mtim};
+    bool timesSet = ApplyTimes(out.get(), times);
+    if (!Flush(out.get())) return fail(Describe("Unable to write", destination, errno), errno);
+    if (!out.Close()) return fail(Describe("Unable to write", destination, errno), errno);
+
+    if (backup && targetExists) {
+        std::string made = BackupFile(destination, why);
+        if (made.empty()) return fail(why, EIO);
+        if (backupPath) *backupPath = made;
+    }
+    bool renamed = commit == Commit::Replace ? ::rename(tempPath.c_str(), destination.c_str()) == 0
+                                             : RenameNoReplace(tempPath, destination);
+    if (!renamed) return fail(Describe("Unable to replace", destination, errno), errno);
+    temp.Release();
+    FlushFolder(folder);
+    return timesSet ? CopyResult::Copied : CopyResult::CopiedTimesNotSet;
+}
+
+std::string SchemeFileSystem::BackupName(const std::string& path, unsigned number) {
+    char digits[16];
+    std::snprintf(digits, sizeof digits, "%04u", number);
+    return path + "~" + digits + ".BAK";
+}
+
+std::string SchemeFileSystem::BackupFile(const std::string& path, std::string& error) {
+    for (unsigned number = 0; number < 1000000; ++number) {
+        std::string candidate = BackupName(path, number);
+        struct stat st {};
+        if (::lstat(candidate.c_str(), &st) == 0) continue;
+        if (errno != ENOENT) {
+            error = Describe("Unable to make a backup", candidate, errno);
+            return "";
+        }
+        // A second name for the same bytes is the cheapest exact backup; the
+        // original name is then replaced by a rename, never written in place.
+        if (::link(path.c_str(), candidate.c_str()) == 0) {
+            FlushFolder(FolderOf(candidate));
+            return candidate;
+        }
+        if (errno == EEXIST) continue;
+        if (errno == ENOENT) {
+            error = Describe("Unable to make a backup of", path, errno);
+            return "";
+        }
+        // No hard links here (some network shares): a real copy.
+        int err = 0;
+        CopyResult result = CopyInto(path, candidate, Commit::NoReplace, false, error, nullptr, &err);
+        if (result == CopyResult::Copied || result == CopyResult::CopiedTimesNotSet) return candidate;
+        if (result == CopyResult::Failed && err == EEXIST) continue;
+        if (result == CopyResult::SourceMissing) error = "Unable to make a backup of " + path + ": it has gone";
+        return "";
+    }
+    error = "No free backup name for " + path;
+    return "";
+}
+
+}  // namespace meridex

@@ -1,0 +1,66 @@
+#pragma once
+#include <cstdint>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "sync/FileInfo.h"
+
+namespace meridex {
+
+// The file operations scheme synchronisation needs, on POSIX. Copies never
+// damage what they replace: the bytes go to a hidden temporary file in the
+// destination folder, which gets the source's times, is flushed to disk and
+// only then renamed over the target. A failed copy removes its temporary
+// file and leaves the target exactly as it was.
+//
+// The few steps that touch the disk are virtual so tests can make them fail.
+class SchemeFileSystem {
+public:
+    enum class CopyResult {
+        Copied,             // done, times given back
+        CopiedTimesNotSet,  // done, but the source's times could not be given to the copy
+        SourceMissing,      // the source went away before it could be opened
+        Failed,             // nothing changed at the destination
+    };
+
+    virtual ~SchemeFileSystem() = default;
+
+    bool FolderExists(const std::string& path) const;
+    // The normal files and the sub-folders of a folder, each sorted by name.
+    // Symbolic links count as what they point to, except that links to folders
+    // are not followed (so a link loop cannot trap a scan). False, with
+    // errnoOut set, when the folder cannot be read.
+    virtual bool ListFolder(const std::string& folder, std::vector<std::string>& files,
+                            std::vector<std::string>& folders, int* errnoOut = nullptr);
+    FileInfo GetFile(const std::string& path) const { return FileInfo::FromPath(path); }
+
+    // Copies source over destination as described above; error says why it
+    // failed. With backup, an existing destination is first kept by
+    // BackupFile, once the new copy is ready and just before it replaces the
+    // old file; when no backup can be made nothing is replaced (Failed).
+    CopyResult CopyFile(const std::string& source, const std::string& destination, bool backup,
+                        std::string& error, std::string* backupPath = nullptr);
+    // Keeps a copy of path under the first free name path + "~0000.BAK",
+    // "~0001.BAK", ... Earlier backups are never touched. Answers the backup's
+    // path, or "" (with error set) when none could be made.
+    std::string BackupFile(const std::string& path, std::string& error);
+
+    // The name a backup number gives: "Site.SXS~0007.BAK".
+    static std::string BackupName(const std::string& path, unsigned number);
+
+protected:
+    // Moves all of in's bytes to out.
+    virtual bool Transfer(int in, int out, std::string& error);
+    // Sets out's access and modification times (times[0], times[1]).
+    virtual bool ApplyTimes(int out, const std::timespec times[2]);
+    // Makes out durable.
+    virtual bool Flush(int out);
+
+private:
+    enum class Commit { Replace, NoReplace };
+    CopyResult CopyInto(const std::string& source, const std::string& destination, Commit commit,
+                        bool backup, std::string& error, std::string* backupPath, int* errnoOut);
+};
+
+}  // namespace meridex

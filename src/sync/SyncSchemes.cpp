@@ -1,0 +1,350 @@
+#include "sync/SyncSchemes.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <unordered_map>
+
+#include "frame/Error.h"
+#include "frame/FileOps.h"
+#include "frame/Text.h"
+
+namespace meridex {
+
+namespace {
+
+std::string Join(const std::string& folder, const std::string& name) {
+    if (folder.empty()) return name;
+    return folder.back() == '/' ? folder + name : folder + "/" + name;
+}
+
+// "/a/b/" and "/a/b" are the same root; "/" stays "/".
+std::string NormalRoot(const std::string& path) {
+    std::string root = path;
+    while (root.size() > 1 && root.back() == '/') root.pop_back();
+    return root;
+}
+
+std::string RelativeTo(const std::string& root, const std::string& path) {
+    if (root == "/") return path == "/" ? std::string() : path;
+    return path.substr(root.size());
+}
+
+bool IsSchemeExtension(const std::string& name) {
+    auto dot = name.rfind('.');
+    if (dot == std::string::npos || name.size() - dot - 1 < 3) return false;
+    return Text::EqualsIgnoreCase(std::string_view(name).substr(dot + 1, 3), "sxs");
+}
+
+std::string Absolute(const std::string& path) {
+    std::error_code ec;
+    auto absolute = std::filesystem::absolute(path, ec);
+    return ec ? path : absolute.string();
+}
+
+// The name an entry already has in a folder, matched ignoring letter case
+// (the exact spelling first), so a copy replaces that file rather than
+// adding a second one that differs only in case.
+const std::string* FindName(const std::vector<std::string>& names, const std::string& wanted) {
+    if (std::binary_search(names.begin(), names.end(), wanted))
+        return &*std::lower_bound(names.begin(), names.end(), wanted);
+    for (const auto& name : names)
+        if (Text::EqualsIgnoreCase(name, wanted)) return &name;
+    return nullptr;
+}
+
+}  // namespace
+
+struct SyncSchemes::Side {
+    std::string root;
+    std::vector<SchemeFileItem> items;
+    std::vector<std::string> folded;  // folded relative path of each item
+    std::unordered_map<std::string, std::size_t> byPath;
+    std::vector<std::string> unreadable;  // folded relative folders, with a trailing "/"
+
+    bool CouldNotRead(const std::string& foldedPath) const {
+        for (const auto& folder : unreadable)
+            if (foldedPath.compare(0, folder.size(), folder) == 0) return true;
+        return false;
+    }
+};
+
+SyncSchemes::SyncSchemes() : SyncSchemes(std::make_shared<SchemeFileSystem>()) {}
+
+SyncSchemes::SyncSchemes(std::shared_ptr<SchemeFileSystem> fileSystem)
+    : fs_(fileSystem ? std::move(fileSystem) : std::make_shared<SchemeFileSystem>()) {}
+
+const std::array<std::string_view, 31>& SyncSchemes::CopiedExtensions() {
+    static const std::array<std::string_view, 31> extensions = {
+        "XML",  "SXS",  "LDR",  "KBD", "TAVI", "INC", "CDT", "ENT", "EVT", "FTU", "INI",
+        "INP",  "LDRJ", "LDRS", "LSTJ", "LSTS", "LST", "OPT", "SCM", "MXS", "MXZ", "SR0",
+        "SR1",  "SR2",  "SR3",  "SR4",  "SR5",  "SR6", "SR7", "SRC", "BAK"};
+    return extensions;
+}
+
+void SyncSchemes::RaiseFoundFiles(const std::string& path) {
+    if (!events_) return;
+    try {
+        events_->FoundFiles(path + "\r\n");
+    } catch (...) {
+    }
+}
+
+void SyncSchemes::RaiseCopyFiles(const std::string& source, const std::string& destination, std::int16_t progress) {
+    if (!events_) return;
+    try {
+        events_->CopyFiles(source, destination, progress);
+    } catch (...) {
+    }
+}
+
+void SyncSchemes::RaiseCopyFilesError(const std::string& source, const std::string& destination) {
+    if (!events_) return;
+    try {
+        events_->CopyFilesError(source, destination, kTimesError);
+    } catch (...) {
+    }
+}
+
+void SyncSchemes::AddError(SchemeFileItem item, const std::string& description) {
+    item.setErrDescription(description);
+    // One item may fail more than once (a second Sync); each failure is kept.
+    std::string key = item.Key();
+    for (int n = 2; !errors_.Add(item, key); ++n) key = item.Key() + " (" + std::to_string(n) + ")";
+}
+
+// Depth first with a list of folders still to read instead of recursion, so a
+// very deep tree cannot exhaust the stack. Files of a folder come before its
+// sub-folders, each in name order.
+bool SyncSchemes::Scan(Side& side) {
+    std::vector<std::string> pending{side.root};
+    std::vector<std::string> files;
+    std::vector<std::string> folders;
+    while (!pending.empty()) {
+        std::string folder = std::move(pending.back());
+        pending.pop_back();
+        int err = 0;
+        if (!fs_->ListFolder(folder, files, folders, &err)) {
+            // Skipped, and remembered: a scheme of the other side under this
+            // folder cannot be called one-sided.
+            std::string relative = RelativeTo(side.root, folder) + "/";
+            side.unreadable.push_back(Text::FoldCase(relative));
+            SchemeFileItem item;
+            item.setRelativePath(relative);
+            item.setKey(Text::ToUpper(relative));
+            AddError(item, "Unable to read folder " + folder + ": " + std::strerror(err));
+            continue;
+        }
+        for (const auto& name : files) {
+            if (IsSchemeExtension(name)) {
+                std::string path = Join(folder, name);
+                FileInfo file = fs_->GetFile(path);
+                if (!file.IsNull()) {
+                    SchemeFileItem item;
+                    item.setFile(file);
+                    item.setRelativePath(RelativeTo(side.root, path));
+                    item.setKey(Text::ToUpper(item.RelativePath()));
+                    std::string folded = Text::FoldCase(item.RelativePath());
+                    auto [slot, added] = side.byPath.emplace(folded, side.items.size());
+                    if (added) {
+                        side.items.push_back(item);
+                        side.folded.push_back(std::move(folded));
+                    } else {
+                        // Possible only where names are case-sensitive: which
+                        // of the two is the scheme cannot be decided here.
+                        AddError(item, "Another scheme file differs from it only in letter case: " +
+                                           side.items[slot->second].File().Path());
+                    }
+                    RaiseFoundFiles(path);
+                }
+            }
+            if (cancel_) return false;
+        }
+        for (auto sub = folders.rbegin(); sub != folders.rend(); ++sub) pending.push_back(Join(folder, *sub));
+        if (cancel_) return false;
+    }
+    return true;
+}
+
+void SyncSchemes::GetSchemeList(const std::string& remotePath, const std::string& localPath) {
+    try {
+        cancel_ = false;
+        remotePath_ = remotePath;
+        localPath_ = localPath;
+        Side remote;
+        Side local;
+        remote.root = NormalRoot(remotePath);
+        local.root = NormalRoot(localPath);
+        if (fs_->FolderExists(remote.root) && !Scan(remote)) return;
+        if (fs_->FolderExists(local.root) && !Scan(local)) return;
+
+        const std::string unreadableOtherSide = "The folder that would hold its copy on the other side could not be read";
+        std::vector<bool> paired(local.items.size(), false);
+        for (std::size_t r = 0; r < remote.items.size(); ++r) {
+            SchemeFileItem R = remote.items[r];
+            auto found = local.byPath.find(remote.folded[r]);
+            if (found == local.byPath.end()) {
+                if (local.CouldNotRead(remote.folded[r]))
+                    AddError(R, unreadableOtherSide);
+                else
+                    newerRemote_.Add(R, R.Key());
+                continue;
+            }
+            paired[found->second] = true;
+            SchemeFileItem L = local.items[found->second];
+            L.setOtherFile(R.File());
+            R.setOtherFile(L.File());
+            // Whole seconds: finer differences are not a newer scheme.
+            auto localTime = L.File().Modified().tv_sec;
+            auto remoteTime = R.File().Modified().tv_sec;
+            if (localTime > remoteTime)
+                newerLocal_.Add(L, L.Key());
+            else if (localTime == remoteTime)
+                synced_.Add(L, L.Key());
+            else
+                newerRemote_.Add(R, R.Key());
+        }
+        for (std::size_t l = 0; l < local.items.size(); ++l) {
+            if (paired[l]) continue;
+            if (remote.CouldNotRead(local.folded[l]))
+                AddError(local.items[l], unreadableOtherSide);
+            else
+                newerLocal_.Add(local.items[l], local.items[l].Key());
+        }
+    } catch (...) {
+        // Trapped: the lists keep what was sorted so far.
+    }
+}
+
+void SyncSchemes::Sync() {
+    try {
+        long total = 0;
+        for (const auto* list : {&newerLocal_, &newerRemote_})
+            for (long i = 1; i <= list->Count(); ++i)
+                if (list->Item(i).SyncOptions() != syncIgnore) ++total;
+        long done = 0;
+        for (auto* list : {&newerLocal_, &newerRemote_}) {
+            for (long i = 1; i <= list->Count(); ++i) {
+                if (cancel_) return;
+                SchemeFileItem item = list->Item(i);
+                if (item.SyncOptions() != syncUpdate && item.SyncOptions() != syncRevert) continue;
+                // The share of the chosen schemes already done when this one starts.
+                auto progress = static_cast<std::int16_t>(total > 0 ? done * 100 / total : 0);
+                ++done;
+                SyncItem(item, list == &newerLocal_, progress);
+            }
+        }
+    } catch (...) {
+    }
+}
+
+void SyncSchemes::SyncItem(const SchemeFileItem& item, bool fromLocalList, std::int16_t progress) {
+    try {
+        const std::string otherRoot = NormalRoot(fromLocalList ? remotePath_ : localPath_);
+        if (otherRoot.empty() || item.File().IsNull()) {
+            AddError(item, "No folder to copy to or from");
+            return;
+        }
+        const std::string ownFolder = item.File().ParentFolder();
+        const std::string base = FileOps::GetFileBaseName(item.File().Name());
+        const std::string otherFolder = ResolveFolder(otherRoot, FileOps::GetFolderPath(item.RelativePath()));
+        const bool update = item.SyncOptions() == syncUpdate;
+        const std::string& source = update ? ownFolder : otherFolder;
+        const std::string& destination = update ? otherFolder : ownFolder;
+        if (update && !fs_->FolderExists(destination)) FileOps::CreateFolderPath(Absolute(destination) + "/");
+        RaiseCopyFiles(Join(source, base), destination, progress);
+        std::string error;
+        if (!CopyFamily(source, base, destination, error)) AddError(item, error);
+    } catch (const Error& e) {
+        AddError(item, e.Description());
+    } catch (const std::exception& e) {
+        AddError(item, e.what());
+    }
+}
+
+// Family members are the files named base + "." + one of the copied
+// extensions. A name with a further full stop is not a member: so
+// "Site.SXS~0000.BAK", a backup, never lands on the other side as "Site.BAK".
+bool SyncSchemes::CopyFamily(const std::string& sourceFolder, const std::string& base,
+                             const std::string& destinationFolder, std::string& error) {
+    std::vector<std::string> files;
+    std::vector<std::string> folders;
+    int err = 0;
+    if (!fs_->ListFolder(sourceFolder, files, folders, &err)) {
+        if (err == ENOENT || err == ENOTDIR) return true;  // nothing there to copy
+        error = "Unable to read folder " + sourceFolder + ": " + std::strerror(err);
+        return false;
+    }
+    const auto& extensions = CopiedExtensions();
+    std::vector<std::pair<std::size_t, std::string>> members;
+    for (const auto& name : files) {
+        if (name.size() <= base.size() + 1 || name[base.size()] != '.') continue;
+        if (!Text::EqualsIgnoreCase(std::string_view(name).substr(0, base.size()), base)) continue;
+        std::string extension = Text::ToUpper(std::string_view(name).substr(base.size() + 1));
+        if (extension.find('.') != std::string::npos) continue;
+        auto found = std::find(extensions.begin(), extensions.end(), extension);
+        if (found != extensions.end()) members.emplace_back(found - extensions.begin(), name);
+    }
+    if (members.empty()) return true;
+    std::stable_sort(members.begin(), members.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+
+    if (!fs_->FolderExists(destinationFolder)) FileOps::CreateFolderPath(Absolute(destinationFolder) + "/");
+    std::vector<std::string> existing;
+    fs_->ListFolder(destinationFolder, existing, folders);
+
+    for (const auto& member : members) {
+        if (cancel_) return true;
+        const std::string source = Join(sourceFolder, member.second);
+        const std::string* present = FindName(existing, member.second);
+        const std::string destination = Join(destinationFolder, present ? *present : member.second);
+        if (source == destination) continue;
+        switch (fs_->CopyFile(source, destination, true, error)) {
+            case SchemeFileSystem::CopyResult::Copied:
+                break;
+            case SchemeFileSystem::CopyResult::CopiedTimesNotSet:
+                RaiseCopyFilesError(source, destination);
+                break;
+            case SchemeFileSystem::CopyResult::SourceMissing:
+                continue;  // gone since the folder was read: nothing to copy
+            case SchemeFileSystem::CopyResult::Failed:
+                return false;
+        }
+        if (!present) {
+            existing.push_back(member.second);
+            std::sort(existing.begin(), existing.end());
+        }
+    }
+    return true;
+}
+
+// The other side's folder for a relative folder, each part matched to an
+// existing folder ignoring letter case, so "/Sub/" finds "/SUB".
+std::string SyncSchemes::ResolveFolder(const std::string& root, const std::string& relativeFolder) {
+    std::string path = root;
+    bool searching = true;
+    std::vector<std::string> files;
+    std::vector<std::string> folders;
+    std::size_t start = 0;
+    while (start < relativeFolder.size()) {
+        std::size_t end = relativeFolder.find('/', start);
+        if (end == std::string::npos) end = relativeFolder.size();
+        std::string part = relativeFolder.substr(start, end - start);
+        start = end + 1;
+        if (part.empty()) continue;
+        std::string next = Join(path, part);
+        if (searching && !fs_->FolderExists(next)) {
+            const std::string* match = nullptr;
+            if (fs_->ListFolder(path, files, folders)) match = FindName(folders, part);
+            if (match)
+                next = Join(path, *match);
+            else
+                searching = false;  // nothing below a missing folder exists either
+        }
+        path = std::move(next);
+    }
+    return path;
+}
+
+}  // namespace meridex

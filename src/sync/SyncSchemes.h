@@ -1,0 +1,97 @@
+#pragma once
+#include <array>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sync/SchemeFileCollection.h"
+#include "sync/SchemeFileItem.h"
+#include "sync/SchemeFileSystem.h"
+#include "sync/SyncEvents.h"
+
+namespace meridex {
+
+// Compares a remote and a local scheme folder and copies scheme families
+// (the files sharing one base name) in either direction.
+//
+// GetSchemeList scans both trees for files whose extension begins with "sxs"
+// and sorts each scheme into NewerLocalFiles, NewerRemoteFiles or SyncedFiles
+// by its last-modified time, to the second. Sync then carries out the option
+// the caller set on each item. Paths use "/"; a relative path keeps its
+// leading separator ("/Sub/Site.SXS") and its key is the same in upper case,
+// so files whose paths differ only in letter case pair up.
+//
+// Nothing already on disk is lost: every copy replaces its target atomically,
+// and a file about to be replaced, by an update as much as by a revert, is
+// first kept as "name~0000.BAK" (then ~0001, ...). Errors lists what could not
+// be scanned, sorted or copied, each item with its ErrDescription.
+class SyncSchemes {
+public:
+    SyncSchemes();
+    explicit SyncSchemes(std::shared_ptr<SchemeFileSystem> fileSystem);
+    SyncSchemes(const SyncSchemes&) = delete;
+    SyncSchemes& operator=(const SyncSchemes&) = delete;
+
+    SchemeFileCollection& NewerLocalFiles() noexcept { return newerLocal_; }
+    SchemeFileCollection& NewerRemoteFiles() noexcept { return newerRemote_; }
+    SchemeFileCollection& SyncedFiles() noexcept { return synced_; }
+    SchemeFileCollection& Errors() noexcept { return errors_; }
+    const SchemeFileCollection& NewerLocalFiles() const noexcept { return newerLocal_; }
+    const SchemeFileCollection& NewerRemoteFiles() const noexcept { return newerRemote_; }
+    const SchemeFileCollection& SyncedFiles() const noexcept { return synced_; }
+    const SchemeFileCollection& Errors() const noexcept { return errors_; }
+
+    // The roots given to the last GetSchemeList.
+    const std::string& RemotePath() const noexcept { return remotePath_; }
+    const std::string& LocalPath() const noexcept { return localPath_; }
+    bool CancelFlag() const noexcept { return cancel_; }
+
+    // Not owned; null for none.
+    void setEvents(SyncEvents* events) noexcept { events_ = events; }
+    SyncEvents* Events() const noexcept { return events_; }
+
+    // Ends the scan or the copying at the next file. Only GetSchemeList clears
+    // the flag.
+    void CancelSearch() noexcept { cancel_ = true; }
+
+    // Scans both trees and adds what it finds to the result collections
+    // (earlier results stay; a key already listed keeps its earlier item). A
+    // missing root is an empty side. A cancelled scan sorts nothing, since a
+    // half-read tree would make schemes look one-sided.
+    void GetSchemeList(const std::string& remotePath, const std::string& localPath);
+
+    // Carries out the option of every item of NewerLocalFiles, then of
+    // NewerRemoteFiles. (The routine the host knows as SyncSchemes; a C++
+    // member cannot share its class's name.)
+    void Sync();
+
+    // The extensions copied with a family, in the order they are copied.
+    static const std::array<std::string_view, 31>& CopiedExtensions();
+    static constexpr const char* kTimesError = "Unable to revert file date/times";
+
+private:
+    struct Side;
+    bool Scan(Side& side);
+    void SyncItem(const SchemeFileItem& item, bool fromLocalList, std::int16_t progress);
+    bool CopyFamily(const std::string& sourceFolder, const std::string& base, const std::string& destinationFolder,
+                    std::string& error);
+    std::string ResolveFolder(const std::string& root, const std::string& relativeFolder);
+    void AddError(SchemeFileItem item, const std::string& description);
+
+    void RaiseFoundFiles(const std::string& path);
+    void RaiseCopyFiles(const std::string& source, const std::string& destination, std::int16_t progress);
+    void RaiseCopyFilesError(const std::string& source, const std::string& destination);
+
+    std::shared_ptr<SchemeFileSystem> fs_;
+    SyncEvents* events_ = nullptr;
+    SchemeFileCollection newerLocal_;
+    SchemeFileCollection newerRemote_;
+    SchemeFileCollection synced_;
+    SchemeFileCollection errors_;
+    std::string remotePath_;
+    std::string localPath_;
+    bool cancel_ = false;
+};
+
+}  // namespace meridex

@@ -1,0 +1,54 @@
+#include <gtest/gtest.h>
+
+#include "sync/SchemeFileCollection.h"
+
+using namespace meridex;
+
+namespace {
+
+SchemeFileItem Named(const std::string& key) {
+    SchemeFileItem item;
+    item.setKey(key);
+    return item;
+}
+
+}  // namespace
+
+TEST(SchemeFileCollection, KeepsOrderAndFindsByNumberOrKeyIgnoringCase) {
+    SchemeFileCollection list;
+    ASSERT_TRUE(list.Add(Named("/A.SXS"), "/A.SXS"));
+    ASSERT_TRUE(list.Add(Named("/B.SXS"), "/B.SXS"));
+    ASSERT_TRUE(list.Add(Named("/C.SXS"), "/C.SXS"));
+    EXPECT_EQ(list.Count(), 3);
+    EXPECT_EQ(list.Item(2).Key(), "/B.SXS");
+    EXPECT_EQ(list.Item("/c.sxs").Key(), "/C.SXS");
+    EXPECT_TRUE(list.Item(0).IsNull());
+    EXPECT_TRUE(list.Item(4).IsNull());
+    EXPECT_TRUE(list.Item("/D.SXS").IsNull());
+
+    // An item taken out of the collection is the item in it.
+    list.Item(1).setSyncOptions(syncRevert);
+    EXPECT_EQ(list.Item("/A.SXS").SyncOptions(), syncRevert);
+
+    // Removal closes the gap in the numbering.
+    EXPECT_TRUE(list.Remove(1));
+    EXPECT_TRUE(list.Remove("/c.SXS"));
+    EXPECT_FALSE(list.Remove("/C.SXS"));
+    EXPECT_EQ(list.Count(), 1);
+    EXPECT_EQ(list.Item(1).Key(), "/B.SXS");
+    ASSERT_TRUE(list.Add(Named("/A.SXS"), "/A.SXS"));
+    EXPECT_EQ(list.Items().back().Key(), "/A.SXS");
+    list.Clear();
+    EXPECT_EQ(list.Count(), 0);
+    EXPECT_TRUE(list.Item("/B.SXS").IsNull());
+}
+
+TEST(SchemeFileCollection, RefusesAKeyAlreadyPresentAndKeepsTheFirstItem) {
+    SchemeFileCollection list;
+    SchemeFileItem first = Named("first");
+    ASSERT_TRUE(list.Add(first, "/SUB/SITE.SXS"));
+    EXPECT_FALSE(list.Add(Named("second"), "/sub/site.sxs"));
+    EXPECT_FALSE(list.Add(SchemeFileItem::Null(), "/OTHER.SXS"));
+    EXPECT_EQ(list.Count(), 1);
+    EXPECT_TRUE(list.Item(1) == first);
+}

@@ -1,0 +1,86 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "SyncTestSupport.h"
+
+using namespace meridex;
+using namespace meridex::test;
+
+namespace {
+
+std::vector<std::string> Names(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+}  // namespace
+
+TEST(SchemeFileSystem, CopyGivesTheSourcesExactTimesAndTheTargetsMode) {
+    TempDir dir;
+    std::string source = WriteDated(dir, "a/Site.SXS", "new scheme", 1700000000, 123456789);
+    std::string target = WriteDated(dir, "b/Site.SXS", "old", 1600000000);
+    chmod(target.c_str(), 0640);
+    SchemeFileSystem fs;
+    std::string error;
+    ASSERT_EQ(fs.CopyFile(source, target, false, error), SchemeFileSystem::CopyResult::Copied) << error;
+    struct stat st = StatOf(target);  // before reading it moves the access time
+    EXPECT_EQ(st.st_mtim.tv_sec, 1700000000);
+    EXPECT_EQ(st.st_mtim.tv_nsec, 123456789);
+    EXPECT_EQ(st.st_atim.tv_sec, 1700000000 - 86400);
+    EXPECT_EQ(st.st_mode & 07777, 0640u);
+    EXPECT_EQ(TempDir::Read(target), "new scheme");
+    EXPECT_EQ(Names(dir.File("b")), std::vector<std::string>{"Site.SXS"});
+
+    // A source that has gone is reported as such, not as a failure.
+    EXPECT_EQ(fs.CopyFile(dir.File("a/Gone.SXS"), target, false, error),
+              SchemeFileSystem::CopyResult::SourceMissing);
+}
+
+TEST(SchemeFileSystem, BackupTakesTheFirstFreeNumberAndKeepsTheOldBytesAndTimes) {
+    TempDir dir;
+    std::string file = WriteDated(dir, "Site.SXS", "v1", 1600000000);
+    WriteDated(dir, "Site.SXS~0000.BAK", "older backup", 1500000000);
+    SchemeFileSystem fs;
+    std::string error;
+    EXPECT_EQ(SchemeFileSystem::BackupName(file, 7), file + "~0007.BAK");
+    EXPECT_EQ(SchemeFileSystem::BackupName(file, 12345), file + "~12345.BAK");
+    EXPECT_EQ(fs.BackupFile(file, error), file + "~0001.BAK");
+    EXPECT_EQ(TempDir::Read(file + "~0000.BAK"), "older backup");
+    EXPECT_EQ(TempDir::Read(file + "~0001.BAK"), "v1");
+    EXPECT_EQ(StatOf(file + "~0001.BAK").st_mtim.tv_sec, 1600000000);
+
+    // Replacing the file afterwards leaves the backup as it was.
+    std::string source = WriteDated(dir, "new/Site.SXS", "v2", 1700000000);
+    std::string backup;
+    ASSERT_EQ(fs.CopyFile(source, file, true, error, &backup), SchemeFileSystem::CopyResult::Copied);
+    EXPECT_EQ(backup, file + "~0002.BAK");
+    EXPECT_EQ(TempDir::Read(file + "~0002.BAK"), "v1");
+    EXPECT_EQ(TempDir::Read(file), "v2");
+    EXPECT_TRUE(fs.BackupFile(dir.File("Missing.SXS"), error).empty());
+}
+
+TEST(SchemeFileSystem, AFailedCopyLeavesTheTargetUntouchedAndNoTemporaryFile) {
+    TempDir dir;
+    std::string source = WriteDated(dir, "a/Site.SXS", std::string(100000, 'n'), 1700000000);
+    std::string target = WriteDated(dir, "b/Site.SXS", "the only good copy", 1600000000, 5);
+    FaultyFileSystem fs;
+    std::string error;
+
+    fs.transferBytesBeforeFailure = 4096;  // the share drops mid-copy
+    EXPECT_EQ(fs.CopyFile(source, target, true, error), SchemeFileSystem::CopyResult::Failed);
+    EXPECT_NE(error.find("Input/output error"), std::string::npos);
+    fs.transferBytesBeforeFailure = -1;
+    fs.failFlush = true;  // the disk fills up
+    EXPECT_EQ(fs.CopyFile(source, target, true, error), SchemeFileSystem::CopyResult::Failed);
+    fs.failFlush = false;
+    // A folder where the file should go.
+    std::filesystem::create_directories(dir.File("b/Other.SXS"));
+    EXPECT_EQ(fs.CopyFile(source, dir.File("b/Other.SXS"), true, error), SchemeFileSystem::CopyResult::Failed);
+
+    EXPECT_EQ(TempDir::Read(target), "the only good copy");
+    EXPECT_EQ(StatOf(target).st_mtim.tv_nsec, 5);
+    EXPECT_EQ(Names(dir.File("b")), (std::vector<std::string>{"Other.SXS", "Site.SXS"}));
+}

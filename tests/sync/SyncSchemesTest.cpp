@@ -1,0 +1,250 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "SyncTestSupport.h"
+#include "sync/SyncSchemes.h"
+
+using namespace meridex;
+using namespace meridex::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::time_t T = 1700000000;
+
+std::vector<std::string> Keys(const SchemeFileCollection& list) {
+    std::vector<std::string> keys;
+    for (const auto& item : list.Items()) keys.push_back(item.Key());
+    return keys;
+}
+
+bool Exists(const std::string& path) { return fs::exists(path); }
+
+// Names in a folder, hidden temporary files included.
+std::vector<std::string> Names(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+struct Trees {
+    TempDir dir;
+    std::string remote = dir.File("remote");
+    std::string local = dir.File("local");
+    std::string R(const std::string& name, const std::string& text, std::time_t t, long ns = 0) const {
+        return WriteDated(dir, "remote/" + name, text, t, ns);
+    }
+    std::string L(const std::string& name, const std::string& text, std::time_t t, long ns = 0) const {
+        return WriteDated(dir, "local/" + name, text, t, ns);
+    }
+};
+
+}  // namespace
+
+TEST(SyncSchemes, SortsEverySchemeByItsModifiedTimeToTheSecond) {
+    Trees t;
+    t.R("OnlyRemote.SXS", "r", T);
+    t.L("Sub/OnlyLocal.sxs", "l", T);
+    t.R("Sub/Site.SXS", "old", T);
+    t.L("Sub/Site.SXS", "new", T + 1);  // one second is newer
+    t.R("Newer.SXS", "new", T + 3600);
+    t.L("Newer.SXS", "old", T);
+    t.R("Same.SXS", "size differs", T, 100);
+    t.L("Same.SXS", "s", T, 900000000);  // same second
+    t.R("CASE/site2.sxs1", "r", T);      // pairs up with the local file ignoring case
+    t.L("Case/SITE2.SXS1", "l", T);
+    t.L("Case/Site2.XML", "not a scheme file", T);
+    t.L("Case/Site2.TMP", "not a scheme file", T);
+
+    SyncSchemes sync;
+    RecordedEvents events;
+    sync.setEvents(&events);
+    sync.GetSchemeList(t.remote + "/", t.local);
+    EXPECT_EQ(Keys(sync.NewerLocalFiles()), (std::vector<std::string>{"/SUB/SITE.SXS", "/SUB/ONLYLOCAL.SXS"}));
+    EXPECT_EQ(Keys(sync.NewerRemoteFiles()), (std::vector<std::string>{"/NEWER.SXS", "/ONLYREMOTE.SXS"}));
+    // Files of a folder come before its sub-folders.
+    EXPECT_EQ(Keys(sync.SyncedFiles()), (std::vector<std::string>{"/SAME.SXS", "/CASE/SITE2.SXS1"}));
+    EXPECT_EQ(sync.Errors().Count(), 0);
+
+    SchemeFileItem site = sync.NewerLocalFiles().Item("/sub/site.sxs");
+    EXPECT_EQ(site.RelativePath(), "/Sub/Site.SXS");
+    EXPECT_EQ(site.File().Path(), t.local + "/Sub/Site.SXS");
+    EXPECT_EQ(site.File().ParentFolder(), t.local + "/Sub");
+    EXPECT_EQ(site.OtherFile().Path(), t.remote + "/Sub/Site.SXS");
+    EXPECT_EQ(site.SyncOptions(), syncIgnore);
+    EXPECT_TRUE(sync.NewerRemoteFiles().Item("/ONLYREMOTE.SXS").OtherFile().IsNull());
+    EXPECT_EQ(events.found.size(), 10u);
+    EXPECT_EQ(events.found.front(), t.remote + "/Newer.SXS\r\n");
+
+    // A second call adds to the lists; what is listed already keeps its item.
+    site.setSyncOptions(syncUpdate);
+    sync.GetSchemeList(t.remote, t.local);
+    EXPECT_EQ(sync.NewerLocalFiles().Count(), 2);
+    EXPECT_EQ(sync.NewerLocalFiles().Item(1).SyncOptions(), syncUpdate);
+    EXPECT_EQ(sync.RemotePath(), t.remote);
+}
+
+TEST(SyncSchemes, AMissingRootIsAnEmptySideAndACancelledScanSortsNothing) {
+    Trees t;
+    t.L("A.SXS", "a", T);
+    t.L("B.SXS", "b", T);
+    SyncSchemes sync;
+    sync.GetSchemeList(t.dir.File("no such folder"), t.local);
+    EXPECT_EQ(Keys(sync.NewerLocalFiles()), (std::vector<std::string>{"/A.SXS", "/B.SXS"}));
+
+    struct CancelAtFirst : SyncEvents {
+        SyncSchemes* sync;
+        void FoundFiles(const std::string&) override { sync->CancelSearch(); }
+    } cancel;
+    cancel.sync = &sync;
+    SyncSchemes fresh;
+    cancel.sync = &fresh;
+    fresh.setEvents(&cancel);
+    fresh.GetSchemeList(t.local, t.dir.File("empty"));
+    EXPECT_TRUE(fresh.CancelFlag());
+    EXPECT_EQ(fresh.NewerRemoteFiles().Count() + fresh.NewerLocalFiles().Count(), 0);
+    fresh.setEvents(nullptr);
+    fresh.GetSchemeList(t.local, t.dir.File("empty"));
+    EXPECT_FALSE(fresh.CancelFlag());
+    EXPECT_EQ(fresh.NewerRemoteFiles().Count(), 2);
+}
+
+TEST(SyncSchemes, UpdateCopiesTheListedExtensionsWithExactTimesAndBacksUpWhatItReplaces) {
+    Trees t;
+    t.L("Sub Dir/Site.SXS", "new sxs", T + 10, 111);
+    t.L("Sub Dir/Site.XML", "new xml", T + 5, 222);
+    t.L("Sub Dir/Site.bak", "bak", T);
+    t.L("Sub Dir/Site.TMP", "tmp", T);
+    t.L("Sub Dir/Site.SXS1", "also a scheme file", T);
+    t.L("Sub Dir/Site.SXS~0000.BAK", "a local backup", T);
+    t.L("Sub Dir/Site2.SXS", "another family", T);
+    t.R("SUB DIR/site.sxs", "old sxs", T);  // the remote spelling is kept
+    t.L("Ünïcödé/Mëter.SXS", "unicode", T);
+
+    SyncSchemes sync;
+    RecordedEvents events;
+    sync.setEvents(&events);
+    sync.GetSchemeList(t.remote, t.local);
+    sync.NewerLocalFiles().Item("/SUB DIR/SITE.SXS").setSyncOptions(syncUpdate);
+    sync.NewerLocalFiles().Item("/ÜNÏCÖDÉ/MËTER.SXS").setSyncOptions(syncUpdate);
+    sync.Sync();
+    EXPECT_EQ(sync.Errors().Count(), 0);
+    ASSERT_EQ(events.copies.size(), 2u);
+    EXPECT_EQ(events.copies[0], t.local + "/Sub Dir/Site -> " + t.remote + "/SUB DIR");
+    EXPECT_EQ(events.progress, (std::vector<int>{0, 50}));
+
+    EXPECT_EQ(Names(t.remote + "/SUB DIR"),
+              (std::vector<std::string>{"Site.XML", "Site.bak", "site.sxs", "site.sxs~0000.BAK"}));
+    EXPECT_EQ(TempDir::Read(t.remote + "/SUB DIR/site.sxs"), "new sxs");
+    EXPECT_EQ(TempDir::Read(t.remote + "/SUB DIR/site.sxs~0000.BAK"), "old sxs");
+    struct stat st = StatOf(t.remote + "/SUB DIR/Site.XML");
+    EXPECT_EQ(st.st_mtim.tv_sec, T + 5);
+    EXPECT_EQ(st.st_mtim.tv_nsec, 222);
+    EXPECT_EQ(TempDir::Read(t.remote + "/Ünïcödé/Mëter.SXS"), "unicode");
+
+    // Afterwards the two sides are in step.
+    SyncSchemes again;
+    again.GetSchemeList(t.remote, t.local);
+    EXPECT_TRUE(again.SyncedFiles().Exists("/SUB DIR/SITE.SXS"));
+    EXPECT_TRUE(again.SyncedFiles().Exists("/ÜNÏCÖDÉ/MËTER.SXS"));
+}
+
+TEST(SyncSchemes, RevertingTwiceKeepsBothBackups) {
+    Trees t;
+    t.R("Site.SXS", "remote v1", T);
+    t.L("Site.SXS", "local v2", T + 60);
+    for (int round = 0; round < 2; ++round) {
+        if (round == 1) t.L("Site.SXS", "local v3", T + 120);
+        SyncSchemes sync;
+        sync.GetSchemeList(t.remote, t.local);
+        ASSERT_EQ(sync.NewerLocalFiles().Count(), 1);
+        sync.NewerLocalFiles().Item(1).setSyncOptions(syncRevert);
+        sync.Sync();
+        EXPECT_EQ(TempDir::Read(t.local + "/Site.SXS"), "remote v1");
+        EXPECT_EQ(StatOf(t.local + "/Site.SXS").st_mtim.tv_sec, T);
+    }
+    EXPECT_EQ(TempDir::Read(t.local + "/Site.SXS~0000.BAK"), "local v2");
+    EXPECT_EQ(TempDir::Read(t.local + "/Site.SXS~0001.BAK"), "local v3");
+    EXPECT_EQ(Names(t.remote), std::vector<std::string>{"Site.SXS"});
+}
+
+TEST(SyncSchemes, FailuresAreReportedAndTheCopyingGoesOn) {
+    Trees t;
+    t.L("A/One.SXS", "one", T + 9);
+    t.L("A/One.XML", "one xml", T + 9);
+    t.R("A/One.SXS", "the only good copy", T);
+    t.L("B/Two.SXS", "two", T + 9);
+    t.L("B/Two.XML", "two xml", T + 9);
+    auto faulty = std::make_shared<FaultyFileSystem>();
+    SyncSchemes sync(faulty);
+    RecordedEvents events;
+    sync.setEvents(&events);
+    sync.GetSchemeList(t.remote, t.local);
+    for (auto item : sync.NewerLocalFiles().Items()) item.setSyncOptions(syncUpdate);
+
+    // Times that cannot be set: reported per file, and every file is copied.
+    faulty->failTimes = true;
+    sync.NewerLocalFiles().Item("/A/ONE.SXS").setSyncOptions(syncIgnore);
+    sync.Sync();
+    EXPECT_EQ(events.errors, (std::vector<std::string>{t.remote + "/B/Two.XML: Unable to revert file date/times",
+                                                       t.remote + "/B/Two.SXS: Unable to revert file date/times"}));
+    EXPECT_EQ(TempDir::Read(t.remote + "/B/Two.SXS"), "two");
+
+    // The network drops mid-copy: the old file stays, the next scheme is still copied.
+    faulty->failTimes = false;
+    faulty->transferBytesBeforeFailure = 2;
+    sync.NewerLocalFiles().Item("/A/ONE.SXS").setSyncOptions(syncUpdate);
+    sync.Sync();
+    EXPECT_EQ(TempDir::Read(t.remote + "/A/One.SXS"), "the only good copy");
+    EXPECT_EQ(Names(t.remote + "/A"), std::vector<std::string>{"One.SXS"});
+    ASSERT_EQ(sync.Errors().Count(), 2);  // both families failed this time
+    EXPECT_NE(sync.Errors().Item("/A/ONE.SXS").ErrDescription().find("Unable to copy"), std::string::npos);
+    EXPECT_TRUE(sync.Errors().Exists("/B/TWO.SXS"));
+
+    // A file that vanished after the folder was read is skipped quietly.
+    faulty->transferBytesBeforeFailure = -1;
+    faulty->ghostFiles = {"One.LDR", "Two.LDR"};
+    sync.Sync();
+    EXPECT_EQ(sync.Errors().Count(), 2);
+    EXPECT_EQ(TempDir::Read(t.remote + "/A/One.SXS"), "one");
+    EXPECT_EQ(TempDir::Read(t.remote + "/A/One.SXS~0000.BAK"), "the only good copy");
+}
+
+TEST(SyncSchemes, AnUnreadableFolderIsSkippedAndNothingUnderItIsCalledOneSided) {
+    Trees t;
+    t.L("Locked/Site.SXS", "l", T);
+    t.R("Locked/Site.SXS", "r", T);
+    t.R("Locked/Other.SXS", "r", T);
+    t.L("Open/Fine.SXS", "l", T);
+    t.L("Open/Site.SXS", "l", T);
+    t.L("Open/SITE.sxs", "same name but for case", T);
+    auto faulty = std::make_shared<FaultyFileSystem>();
+    faulty->unreadableFolder = t.local + "/Locked";
+    SyncSchemes sync(faulty);
+    sync.GetSchemeList(t.remote, t.local);
+    EXPECT_EQ(Keys(sync.NewerLocalFiles()), (std::vector<std::string>{"/OPEN/FINE.SXS", "/OPEN/SITE.SXS"}));
+    EXPECT_EQ(sync.NewerRemoteFiles().Count(), 0);
+    EXPECT_EQ(Keys(sync.Errors()), (std::vector<std::string>{"/LOCKED/", "/OPEN/SITE.SXS", "/LOCKED/OTHER.SXS",
+                                                             "/LOCKED/SITE.SXS"}));
+    EXPECT_EQ(sync.Errors().Item("/OPEN/SITE.SXS").File().Name(), "Site.SXS");
+}
+
+TEST(SyncSchemes, AVeryDeepTreeIsScannedWithoutRecursion) {
+    Trees t;
+    std::string deep = "local";
+    mkdir(t.local.c_str(), 0755);
+    for (int level = 0; level < 1000; ++level) {
+        deep += "/d";
+        ASSERT_EQ(mkdir(t.dir.File(deep).c_str(), 0755), 0);
+    }
+    WriteDated(t.dir, deep + "/Deep.SXS", "deep", T);
+    SyncSchemes sync;
+    sync.GetSchemeList(t.remote, t.local);
+    ASSERT_EQ(sync.NewerLocalFiles().Count(), 1);
+    sync.NewerLocalFiles().Item(1).setSyncOptions(syncUpdate);
+    sync.Sync();
+    EXPECT_EQ(sync.Errors().Count(), 0);
+    EXPECT_EQ(TempDir::Read(t.remote + deep.substr(5) + "/Deep.SXS"), "deep");
+}

@@ -1,0 +1,88 @@
+#pragma once
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "TempDir.h"
+#include <unistd.h>
+
+#include "sync/SchemeFileSystem.h"
+#include "sync/SyncEvents.h"
+
+namespace meridex::test {
+
+// Writes a file and gives it a modification time (seconds since the epoch
+// plus nanoseconds) and an access time one day earlier.
+inline std::string WriteDated(const TempDir& dir, const std::string& name, const std::string& contents,
+                              std::time_t seconds, long nanos = 0) {
+    std::string path = dir.Write(name, contents);
+    struct timespec times[2] = {{seconds - 86400, nanos}, {seconds, nanos}};
+    utimensat(AT_FDCWD, path.c_str(), times, 0);
+    return path;
+}
+
+inline struct stat StatOf(const std::string& path) {
+    struct stat st {};
+    stat(path.c_str(), &st);
+    return st;
+}
+
+struct RecordedEvents : SyncEvents {
+    std::vector<std::string> found;
+    std::vector<std::string> copies;  // source + " -> " + destination
+    std::vector<int> progress;
+    std::vector<std::string> errors;  // destination + ": " + description
+    void FoundFiles(const std::string& file) override { found.push_back(file); }
+    void CopyFiles(const std::string& source, const std::string& destination, std::int16_t p) override {
+        copies.push_back(source + " -> " + destination);
+        progress.push_back(p);
+    }
+    void CopyFilesError(const std::string&, const std::string& destination, const std::string& text) override {
+        errors.push_back(destination + ": " + text);
+    }
+};
+
+// A file system whose disk steps can be made to fail, as a dropped network
+// share or a full disk would.
+struct FaultyFileSystem : SchemeFileSystem {
+    bool failTimes = false;
+    bool failFlush = false;
+    long transferBytesBeforeFailure = -1;  // -1: no failure
+    std::string unreadableFolder;           // ListFolder fails for this path
+    std::vector<std::string> ghostFiles;    // listed but not on disk
+
+    bool ListFolder(const std::string& folder, std::vector<std::string>& files, std::vector<std::string>& folders,
+                    int* errnoOut) override {
+        if (folder == unreadableFolder) {
+            if (errnoOut) *errnoOut = EACCES;
+            return false;
+        }
+        bool ok = SchemeFileSystem::ListFolder(folder, files, folders, errnoOut);
+        files.insert(files.begin(), ghostFiles.begin(), ghostFiles.end());
+        return ok;
+    }
+
+protected:
+    bool Transfer(int in, int out, std::string& error) override {
+        if (transferBytesBeforeFailure < 0) return SchemeFileSystem::Transfer(in, out, error);
+        std::string half(static_cast<std::size_t>(transferBytesBeforeFailure), 'x');
+        (void)!write(out, half.data(), half.size());
+        error = "Input/output error";
+        return false;
+    }
+    bool ApplyTimes(int out, const std::timespec times[2]) override {
+        return !failTimes && SchemeFileSystem::ApplyTimes(out, times);
+    }
+    bool Flush(int out) override {
+        if (failFlush) {
+            errno = ENOSPC;
+            return false;
+        }
+        return SchemeFileSystem::Flush(out);
+    }
+};
+
+}  // namespace meridex::test
