@@ -129,7 +129,7 @@ XmlDocument XmlDocument::Parse(std::string_view bytes, std::string* error) {
         return fail(reason);
     }
     xmlimpl::DocHolder* holder = xmlimpl::NewHolder(doc);
-    holder->hadDeclaration = declared || doc->encoding != nullptr;
+    holder->hadDeclaration = declared;
     return XmlDocument(holder);
 }
 

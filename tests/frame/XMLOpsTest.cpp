@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+
+#include "frame/Error.h"
+#include "frame/XMLFactoryLease.h"
+#include "frame/XMLOps.h"
+
+using namespace meridex;
+using namespace meridex::XMLOps;
+
+namespace {
+
+// A loaded document with a root, so the change mark has somewhere to go.
+struct Doc {
+    XMLFactoryLease lease;
+    XmlDocument doc = XmlDocument::Parse("<ROOT><NODE><A>x</A><Z>0</Z></NODE></ROOT>");
+    XmlNode node = doc.DocumentElement().SelectSingle("NODE");
+    bool Changed() const { return !doc.DocumentElement().SelectSingle("CHANGED").IsNull(); }
+    void ClearMark() const {
+        if (XmlNode mark = doc.DocumentElement().SelectSingle("CHANGED")) doc.DocumentElement().RemoveChild(mark);
+    }
+};
+
+}  // namespace
+
+TEST(XMLOps, SetRuleDropsEmptyAndZeroUnlessForced) {
+    Doc d;
+    SetXMLValue(d.node, "A", "", false);
+    EXPECT_TRUE(d.node.SelectSingle("A").IsNull());
+    SetXMLValue(d.node, "Z", "0", false);
+    EXPECT_TRUE(d.node.SelectSingle("Z").IsNull());
+    EXPECT_FALSE(d.Changed());  // deletions leave no mark
+
+    SetXMLValue(d.node, "A", "", true);
+    EXPECT_EQ(d.node.SelectSingle("A").Xml(), "<A/>");
+    EXPECT_TRUE(d.Changed());
+    SetXMLValue(d.node, "Z", "0", true);
+    EXPECT_EQ(d.node.SelectSingle("Z").Text(), "0");
+
+    d.ClearMark();
+    SetXMLValue(d.node, "Z", "5", false);
+    EXPECT_TRUE(d.Changed());
+    d.ClearMark();
+    SetXMLValue(d.node, "Z", "5", false);  // same value: no mark
+    EXPECT_FALSE(d.Changed());
+    SetXMLValue(d.node, "z", "5", false);  // names are exact: a new element
+    EXPECT_EQ(d.node.SelectSingle("z").Text(), "5");
+    // Names that are not element names create nothing, and never throw.
+    SetXMLValue(d.node, "1 bad", "v", true);
+    EXPECT_EQ(d.node.CountChildElements(), 3u);
+    SetXMLValue(XmlNode(), "A", "v", true);
+}
+
+TEST(XMLOps, ReadersWriteTheirDefaults) {
+    Doc d;
+    EXPECT_FALSE(ReadXMLBoolean(d.node, "B", false, false));
+    EXPECT_EQ(d.node.SelectSingle("B").Text(), "False");
+    EXPECT_TRUE(d.Changed());
+    d.ClearMark();
+    EXPECT_EQ(ReadXMLInteger(d.node, "I", 0, false), 0);
+    EXPECT_TRUE(d.node.SelectSingle("I").IsNull());
+    EXPECT_FALSE(d.Changed());
+    EXPECT_EQ(ReadXMLInteger(d.node, "J", -12, false), -12);
+    EXPECT_EQ(d.node.SelectSingle("J").Text(), "-12");
+    EXPECT_EQ(ReadXMLString(d.node, "A", "dflt", false), "x");
+
+    EXPECT_EQ(GetXMLValue(XmlNode(), "A", "dflt"), "");
+    EXPECT_EQ(ReadXMLString(XmlNode(), "A", "dflt", false), "dflt");
+    EXPECT_EQ(GetXMLValue(d.node, "NEW", "v"), "v");
+    EXPECT_EQ(d.node.SelectSingle("NEW").Text(), "v");
+}
+
+TEST(XMLOps, NumbersAndBooleansReadTheLegacyWay) {
+    Doc d;
+    const auto integer = [&](const char* text) {
+        SetXMLValue(d.node, "N", text, true);
+        return ReadXMLInteger(d.node, "N", 7, false);
+    };
+    EXPECT_EQ(integer("300"), 300);
+    EXPECT_EQ(integer("03"), 3);
+    EXPECT_EQ(integer("x"), 0);
+    EXPECT_EQ(integer(""), 0);
+    EXPECT_EQ(integer("2.5"), 2);
+    EXPECT_EQ(integer("3.5"), 4);
+    EXPECT_EQ(integer("12abc"), 12);
+    try {
+        integer("99999");
+        FAIL() << "no overflow";
+    } catch (const Error& e) {
+        EXPECT_EQ(e.Number(), ErrorNumber::Overflow);
+    }
+    const auto boolean = [&](const char* text) {
+        SetXMLValue(d.node, "F", text, true);
+        return ReadXMLBoolean(d.node, "F", false, false);
+    };
+    EXPECT_TRUE(boolean("1"));
+    EXPECT_TRUE(boolean("-1"));
+    EXPECT_TRUE(boolean("2.5"));
+    EXPECT_FALSE(boolean("0"));
+    EXPECT_TRUE(boolean("true"));
+    EXPECT_TRUE(boolean("True"));
+    EXPECT_FALSE(boolean("yes"));
+}
+
+TEST(XMLOps, WritersAlwaysMarkAndStoreZero) {
+    Doc d;
+    WriteXMLString(d.node, "S", "same", "same", false);
+    EXPECT_TRUE(d.node.SelectSingle("S").IsNull());
+    EXPECT_TRUE(d.Changed());
+    WriteXMLString(d.node, "A", "", "", false);  // existing: written even when empty
+    EXPECT_EQ(d.node.SelectSingle("A").Text(), "");
+    WriteXMLInteger(d.node, "A", 0, 0, false);
+    EXPECT_EQ(d.node.SelectSingle("A").Text(), "0");
+    WriteXMLInteger(d.node, "M", 4, 0, false);
+    EXPECT_EQ(d.node.SelectSingle("M").Text(), "4");
+    // One mark only, however many writes.
+    WriteXMLInteger(d.node, "M", 5, 0, false);
+    EXPECT_EQ(d.doc.DocumentElement().SelectAll("CHANGED").size(), 1u);
+    EXPECT_EQ(d.doc.DocumentElement().SelectSingle("CHANGED").Text(), "-1");
+    // The mark is found again after it is removed and re-created.
+    d.ClearMark();
+    WriteXMLInteger(d.node, "M", 6, 0, false);
+    EXPECT_EQ(d.doc.DocumentElement().SelectAll("CHANGED").size(), 1u);
+}
+
+TEST(XMLOps, FactoryLivesWhileUsedAndFindIgnoresCase) {
+    const std::int32_t before = XMLFactoryUseCount();
+    ReleaseXMLFactory();
+    ReleaseXMLFactory();
+    EXPECT_EQ(XMLFactoryUseCount(), std::max(0, before - 2));
+    while (XMLFactoryUseCount() > 0) ReleaseXMLFactory();
+    EXPECT_TRUE(CreateXMLElement("X").IsNull());
+    {
+        XMLFactoryLease lease;
+        EXPECT_EQ(XMLFactoryUseCount(), 1);
+        XmlNode made = CreateXMLElement("X");
+        ASSERT_FALSE(made.IsNull());
+        EXPECT_TRUE(made.OwnerDocument() == XMLFactory());
+        MarkDocumentChanged(made);  // the factory has no root: nothing happens
+        EXPECT_TRUE(XMLFactory().DocumentElement().IsNull());
+    }
+    EXPECT_EQ(XMLFactoryUseCount(), 0);
+
+    XMLFactoryLease lease;
+    XmlDocument doc = XmlDocument::Parse("<R><P><K>ABC</K></P><P><K>abc</K></P><P/></R>");
+    const std::vector<XmlNode> list = doc.DocumentElement().SelectAll("P");
+    EXPECT_EQ(FindXMLNodeIndex(list, "K", "abc"), 0);
+    EXPECT_EQ(FindXMLNodeIndex(list, "K", "none"), -1);
+    EXPECT_EQ(FindXMLNodeIndex({}, "K", "abc"), -1);
+    EXPECT_TRUE(list[2].SelectSingle("K").IsNull());  // items without the child stay as they were
+}

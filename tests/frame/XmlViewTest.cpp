@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+
+#include "frame/XMLFactoryLease.h"
+#include "frame/XMLOps.h"
+#include "frame/XmlDocument.h"
+
+using namespace meridex;
+
+TEST(XmlView, ViewsShareOneNodeAndNullViewsAreHarmless) {
+    XmlDocument doc = XmlDocument::Parse("<ROOT><NAME>a</NAME></ROOT>");
+    ASSERT_TRUE(doc);
+    XmlNode first = doc.DocumentElement().SelectSingle("NAME");
+    XmlNode second = doc.DocumentElement().FirstChildElement();
+    EXPECT_TRUE(first == second);
+    first.SetText("changed");
+    EXPECT_EQ(second.Text(), "changed");
+
+    XmlNode none;
+    EXPECT_TRUE(none.IsNull());
+    EXPECT_EQ(none.Text(), "");
+    EXPECT_TRUE(none.SelectSingle("X").IsNull());
+    EXPECT_TRUE(none.AppendChild(first).IsNull());
+    EXPECT_TRUE(doc.DocumentElement().AppendChild(none).IsNull());
+    EXPECT_TRUE(none.OwnerDocument().IsNull());
+}
+
+TEST(XmlView, RemovedNodesAndTheirDocumentOutliveEveryOtherHandle) {
+    XmlNode kept;
+    XmlNode grandchild;
+    {
+        XmlDocument doc = XmlDocument::Parse("<ROOT><SITE><KEY>S1</KEY><PROFILE><PORT>3</PORT></PROFILE></SITE></ROOT>");
+        XmlNode site = doc.DocumentElement().SelectSingle("SITE");
+        grandchild = site.SelectSingle("PROFILE/PORT");
+        kept = doc.DocumentElement().RemoveChild(site);
+        ASSERT_FALSE(kept.IsNull());
+        EXPECT_TRUE(kept.Parent().IsNull());
+        EXPECT_EQ(doc.DocumentElement().CountChildElements(), 0u);
+    }
+    // The document handle is gone; the views keep the detached tree alive.
+    EXPECT_EQ(kept.SelectSingle("KEY").Text(), "S1");
+    EXPECT_EQ(grandchild.Text(), "3");
+    EXPECT_FALSE(kept.OwnerDocument().IsNull());
+    kept = XmlNode();
+    EXPECT_EQ(grandchild.Text(), "3");  // a view below a dropped view still holds
+}
+
+TEST(XmlView, FactoryElementsMoveBetweenDocumentsIntact) {
+    XMLFactoryLease lease;
+    XmlNode profile = XMLOps::CreateXMLElement("PROFILE");
+    XmlNode name = XMLOps::CreateXMLElement("NAME");
+    name.SetText("Pump € é");
+    profile.AppendChild(name);
+    XmlNode feature = XMLOps::CreateXMLElement("FEATURE");
+    profile.AppendChild(feature);
+
+    XmlDocument first = XmlDocument::Parse("<A/>");
+    XmlDocument second = XmlDocument::Parse("<B/>");
+    first.DocumentElement().AppendChild(profile);
+    EXPECT_TRUE(profile.OwnerDocument() == first);
+    EXPECT_TRUE(feature.OwnerDocument() == first);
+    second.DocumentElement().AppendChild(profile);
+    EXPECT_TRUE(profile.OwnerDocument() == second);
+    EXPECT_EQ(first.DocumentElement().CountChildElements(), 0u);
+    first = XmlDocument();  // the document the node came through is freed
+
+    EXPECT_EQ(second.DocumentElement().Xml(), "<B><PROFILE><NAME>Pump € é</NAME><FEATURE/></PROFILE></B>");
+    second = XmlDocument();
+    // Views alone keep the second document alive now.
+    EXPECT_EQ(profile.Parent().Name(), "B");
+    EXPECT_EQ(name.Text(), "Pump € é");
+}
+
+TEST(XmlView, AppendRefusesCyclesAndSecondRootsAndNeverMergesText) {
+    XmlDocument doc = XmlDocument::Parse("<R><A><B/></A></R>");
+    XmlNode a = doc.DocumentElement().SelectSingle("A");
+    XmlNode b = a.SelectSingle("B");
+    EXPECT_TRUE(b.AppendChild(a).IsNull());
+    EXPECT_TRUE(a.AppendChild(a).IsNull());
+    EXPECT_TRUE(doc.DocumentNode().AppendChild(doc.CreateElement("OTHER")).IsNull());
+
+    XmlNode t1 = doc.CreateTextNode("one");
+    XmlNode t2 = doc.CreateTextNode("two");
+    b.AppendChild(t1);
+    b.AppendChild(t2);
+    EXPECT_EQ(b.ChildNodes().size(), 2u);
+    EXPECT_EQ(t2.Text(), "two");
+    EXPECT_EQ(b.Text(), "onetwo");
+    // Insert before, and moving within one parent.
+    XmlNode c = doc.CreateElement("C");
+    a.InsertBefore(c, b);
+    EXPECT_EQ(a.FirstChildElement().Name(), "C");
+    a.AppendChild(c);
+    EXPECT_EQ(a.LastChild().Name(), "C");
+}
+
+TEST(XmlView, SelectionByRelativeNamePaths) {
+    XmlDocument doc = XmlDocument::Parse(
+        "<R><P><K>1</K></P><X/><P><K>2</K><K>3</K></P></R>");
+    XmlNode root = doc.DocumentElement();
+    EXPECT_EQ(root.SelectAll("P").size(), 2u);
+    EXPECT_EQ(root.SelectAll("P/K").size(), 3u);
+    EXPECT_EQ(root.SelectSingle("P/K").Text(), "1");
+    EXPECT_EQ(root.SelectAll("*").size(), 3u);
+    EXPECT_EQ(root.CountChildElements("P"), 2u);
+    for (const char* bad : {"", "/P", "P/", "P//K", "1P", "a b"}) {
+        EXPECT_TRUE(root.SelectSingle(bad).IsNull()) << bad;
+    }
+    EXPECT_TRUE(doc.CreateElement("1P").IsNull());
+    EXPECT_TRUE(doc.CreateElement("a b").IsNull());
+    EXPECT_TRUE(doc.CreateElement("").IsNull());
+    EXPECT_FALSE(doc.CreateElement("Ärzte").IsNull());
+}
+
+TEST(XmlView, SetTextKeepsViewedChildrenAndCleansText) {
+    XmlDocument doc = XmlDocument::Parse("<R><N><INNER>x</INNER></N></R>");
+    XmlNode n = doc.DocumentElement().SelectSingle("N");
+    XmlNode inner = n.SelectSingle("INNER");
+    n.SetText("plain");
+    EXPECT_EQ(n.Xml(), "<N>plain</N>");
+    EXPECT_EQ(inner.Text(), "x");  // detached, still alive
+    n.SetText("");
+    EXPECT_TRUE(n.FirstChild().IsNull());
+    // Bytes that are not UTF-8 and characters XML cannot hold never reach
+    // the document, so a save can always be read back.
+    n.SetText(std::string("a\x01" "b\xff", 4));
+    EXPECT_EQ(n.Text(), "ab\xEF\xBF\xBD");
+    XmlDocument again = XmlDocument::Parse(doc.Serialize());
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again.DocumentElement().SelectSingle("N").Text(), "ab\xEF\xBF\xBD");
+}
+
+TEST(XmlView, CloneIsDeepAndIndependent) {
+    XmlDocument doc = XmlDocument::Parse("<R><F><KEY>k</KEY></F></R>");
+    XmlNode f = doc.DocumentElement().SelectSingle("F");
+    XmlNode copy = f.CloneNode(true);
+    EXPECT_TRUE(copy.Parent().IsNull());
+    copy.SelectSingle("KEY").SetText("other");
+    EXPECT_EQ(f.SelectSingle("KEY").Text(), "k");
+    EXPECT_EQ(f.CloneNode(false).Xml(), "<F/>");
+    EXPECT_EQ(doc.DocumentNode().NodeType(), XmlNodeType::Document);
+    EXPECT_EQ(doc.DocumentElement().Parent().NodeType(), XmlNodeType::Document);
+}
+
+TEST(XmlView, ManyDetachedNodesAreReclaimedWhileViewedOnesSurvive) {
+    XMLFactoryLease lease;
+    XmlNode survivor = XMLOps::CreateXMLElement("KEEP");
+    survivor.SetText("alive");
+    for (int i = 0; i < 5000; ++i) XMLOps::CreateXMLElement("TEMP").SetText("x");
+    EXPECT_EQ(survivor.Text(), "alive");
+}
