@@ -17,7 +17,9 @@ namespace meridex {
 //     </COMMSPROFILES>
 //   </SCHEME>
 //
-// A scheme file without COMMSPROFILES opens with an empty profile list.
+// A scheme file without COMMSPROFILES opens with an empty profile list (the
+// element is added in memory, and written by a save). A file that does not
+// parse or has another root does not open, and leaves no scheme open.
 class XmlSchemeFile : public Scheme {
 public:
     bool Open(const std::string& path) override;
@@ -28,6 +30,8 @@ public:
     std::string Name() const;
     // Writes the scheme back to the file it was opened from, atomically.
     bool Save(std::string* error = nullptr) const;
+    // Writes the scheme, as it is now, to another file, atomically.
+    bool SaveAs(const std::string& path, std::string* error = nullptr) const;
 
 private:
     std::string path_;

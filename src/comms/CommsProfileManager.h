@@ -1,0 +1,112 @@
+#pragma once
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "comms/Scheme.h"
+#include "frame/Index.h"
+#include "frame/XMLFactoryLease.h"
+#include "frame/XmlDocument.h"
+#include "frame/XmlNode.h"
+#include "platform/SerialPortSource.h"
+#include "platform/UserStore.h"
+
+namespace meridex {
+
+// The communications map: this PC's connection devices (direct serial
+// cables, phone modems, UDP and TCP/IP links, GPRS proxies) as PROFILE
+// elements under a COMMSPROFILES root, loaded from and saved to MapFile.
+//
+// The serial ports and the per-user store are given to it, so that tests can
+// run on made-up port lists; the default constructor takes this PC's. A new
+// manager starts with the default map: one direct profile per present port
+// up to MAX_COMM_PORT_SCOMM, then a UDP, a TCP/IP and a GPRS proxy profile.
+// When the manager ends it saves the map to MapFile once more, quietly.
+class CommsProfileManager {
+public:
+    // The display texts of the five kinds of device.
+    static constexpr std::string_view kDirectText = "Direct (RS232)";
+    static constexpr std::string_view kPhoneModemText = "Phone modem (RS232)";
+    static constexpr std::string_view kUdpText = "Network (UDP)";
+    static constexpr std::string_view kTcpText = "Network (TCP/IP)";
+    static constexpr std::string_view kGprsProxyText = "GPRS Proxy (Harvest Modem)";
+
+    CommsProfileManager();
+    CommsProfileManager(std::shared_ptr<SerialPortSource> ports, std::shared_ptr<UserStore> store);
+    CommsProfileManager(const CommsProfileManager&) = delete;
+    CommsProfileManager& operator=(const CommsProfileManager&) = delete;
+    ~CommsProfileManager();
+
+    const std::string& MapFile() const noexcept { return mapFile_; }
+    void setMapFile(std::string file) { mapFile_ = std::move(file); }
+
+    // Loads the map; a missing, malformed or foreign file gives the default
+    // map and false (a file that was there is kept aside before a save
+    // replaces it). Keys are renumbered PROFILE1, PROFILE2, ...
+    bool LoadXMLMapFile(const std::string& XMLFile);
+    // Saves to XMLFile (which becomes MapFile) or to MapFile, atomically;
+    // false, with a reason in error, when it could not.
+    bool SaveXMLMapFile(const std::string& XMLFile = {}, std::string* error = nullptr);
+
+    // Names the profiles after the ports' descriptions, which the companion
+    // program in RootPath writes to RootPath/ports.txt.
+    void GetCommPortDescriptions(const std::string& RootPath);
+
+    std::int16_t ApplicationProfileCount() const;
+    XmlNode ApplicationProfile(const Index& index) const;
+    // Gives the profile a fresh KEY and appends it to the map.
+    void AddApplicationProfile(const XmlNode& NewProfile);
+    void RemoveApplicationProfile(const XmlNode& Profile);
+    // The COMMSPROFILES root.
+    XmlNode ApplicationProfiles() const { return root_; }
+
+    XmlNode AddRS232Direct(std::string_view PortNumber);
+    XmlNode AddRS232PhoneModem(std::string_view PortNumber);
+    XmlNode AddUDPConnection();
+    XmlNode AddTCPConnection();
+    XmlNode AddGPRSProxyConnection();
+
+    // Every PROFILE child of Profiles of that TYPE and METHOD, ignoring case.
+    static std::vector<XmlNode> GetDeviceProfileList(const XmlNode& Profiles, std::string_view ProfileType,
+                                                     std::string_view ProfileMethod);
+    // The first PROFILE child of exactly that TYPE and METHOD (case matters here).
+    static XmlNode GetDeviceProfile(const XmlNode& Profiles, std::string_view ProfileType,
+                                    std::string_view ProfileMethod);
+    // The first PROFILE child whose DEFAULT is a non-zero number.
+    static XmlNode GetDefaultProfile(const XmlNode& SchemeProfiles);
+
+    // Removes direct profiles whose port has gone and adds one for each new port.
+    void CleanRS232Direct();
+    // Adapts a scheme's profile list to this PC's map, in place.
+    void MapSchemeCommsProfiles(Scheme& iScheme);
+    // This map's counterpart of a foreign profile, as a detached copy. Throws
+    // Error for a phone modem on an absent port when the map has no phone
+    // modem.
+    XmlNode GetBestMatch(const XmlNode& Profile);
+    // Throws Error for a GPRS proxy when the map has no GPRS proxy.
+    XmlNode GetExactMatch(const XmlNode& Profile);
+
+    // MAX_COMM_PORT_SCOMM: the highest port number looked at.
+    std::int16_t MaxCommPort() const;
+    SerialPortSource& Ports() const { return *ports_; }
+    UserStore& Store() const { return *store_; }
+
+private:
+    void BuildDefaultMap();
+    XmlNode NewProfile(std::initializer_list<std::pair<std::string_view, std::string_view>> fields) const;
+    XmlNode AppendProfile(const XmlNode& profile, std::initializer_list<std::pair<std::string_view, std::string_view>>
+                                                      afterKey = {});
+    XmlNode ChooseDefault(const XmlNode& schemeProfiles, const std::string& schemeText) const;
+
+    XMLFactoryLease lease_;
+    std::shared_ptr<SerialPortSource> ports_;
+    std::shared_ptr<UserStore> store_;
+    std::string mapFile_;
+    XmlDocument document_;
+    XmlNode root_;
+    std::string unreadableFile_;  // a map file that could not be used, kept before it is replaced
+};
+
+}  // namespace meridex

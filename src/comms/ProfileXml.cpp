@@ -1,0 +1,57 @@
+#include "comms/ProfileXml.h"
+
+#include <unordered_set>
+
+#include "frame/Error.h"
+#include "frame/Numeric.h"
+#include "frame/Text.h"
+#include "frame/XMLOps.h"
+
+namespace meridex::ProfileXml {
+
+bool HasChild(const XmlNode& profile, std::string_view name) { return !profile.SelectSingle(name).IsNull(); }
+
+std::string ChildText(const XmlNode& profile, std::string_view name) {
+    XmlNode child = profile.SelectSingle(name);
+    return child ? child.Text() : std::string();
+}
+
+void SetChild(const XmlNode& profile, std::string_view name, std::string_view text) {
+    if (!profile) return;
+    XmlNode child = profile.SelectSingle(name);
+    if (!child) {
+        XmlDocument document = profile.OwnerDocument();
+        child = document ? document.CreateElement(name) : XMLOps::CreateXMLElement(name);
+        if (!child) return;
+        profile.AppendChild(child);
+    }
+    child.SetText(text);
+}
+
+void SetExisting(const XmlNode& profile, std::string_view name, std::string_view text) {
+    if (XmlNode child = profile.SelectSingle(name)) child.SetText(text);
+}
+
+bool IsTrueText(std::string_view text) {
+    if (Numeric::IsNumeric(text)) return Numeric::LeadingNumber(text) != 0;
+    return Text::ToUpper(text) == "TRUE";
+}
+
+std::optional<std::int16_t> PortNumber(const XmlNode& profile) {
+    try {
+        return Numeric::ToInt16(Numeric::LeadingNumber(ChildText(profile, "COMMPORT")));
+    } catch (const Error&) {
+        return std::nullopt;
+    }
+}
+
+std::string NewKey(const XmlNode& parent) {
+    std::unordered_set<std::string> used;
+    for (const XmlNode& profile : parent.SelectAll("PROFILE")) used.insert(Text::FoldCase(ChildText(profile, "KEY")));
+    for (long long n = 0;; ++n) {
+        std::string key = "PROFILE" + std::to_string(n);
+        if (!used.count(Text::FoldCase(key))) return key;
+    }
+}
+
+}  // namespace meridex::ProfileXml

@@ -1,0 +1,26 @@
+#include "platform/Platform.h"
+
+#include <filesystem>
+
+#include "platform/linux/IniUserStore.h"
+#include "platform/linux/LinuxSerialPortSource.h"
+
+namespace meridex::Platform {
+
+std::shared_ptr<UserStore> DefaultUserStore() {
+    return std::make_shared<IniUserStore>(IniUserStore::DefaultFolder());
+}
+
+std::shared_ptr<SerialPortSource> DefaultSerialPortSource(std::shared_ptr<UserStore> store) {
+    return std::make_shared<LinuxSerialPortSource>(std::move(store));
+}
+
+std::string CompanionProgramName() { return "SerialPortInfoDump"; }
+
+std::string ProgramFolder() {
+    std::error_code ec;
+    std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", ec);
+    return ec ? std::string() : self.parent_path().string();
+}
+
+}  // namespace meridex::Platform

@@ -1,0 +1,71 @@
+#pragma once
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "TempDir.h"
+#include "comms/CommsProfileManager.h"
+#include "comms/ProfileXml.h"
+#include "frame/XmlDocument.h"
+#include "platform/SerialPortSource.h"
+#include "platform/linux/IniUserStore.h"
+
+namespace meridex::test {
+
+// A made-up port list; counts how often it is asked.
+class FakePorts : public SerialPortSource {
+public:
+    FakePorts(std::initializer_list<int> present = {}) {
+        for (int n : present) Add(n);
+    }
+    void Add(int number, bool present = true, bool bluetooth = false) {
+        ports.push_back(SerialPort{static_cast<std::int16_t>(number), "/dev/fake" + std::to_string(number),
+                                   "Fake port " + std::to_string(number), bluetooth});
+        if (present) this->present.insert(number);
+    }
+    std::vector<SerialPort> ListPorts() override {
+        ++listings;
+        return ports;
+    }
+    bool Probe(const SerialPort& port) override {
+        ++probes;
+        return present.count(port.number) > 0;
+    }
+
+    std::vector<SerialPort> ports;
+    std::set<int> present;
+    int listings = 0;
+    int probes = 0;
+};
+
+// A manager over made-up ports and a store in a temporary folder.
+struct CommsFixture {
+    explicit CommsFixture(std::initializer_list<int> present = {})
+        : ports(std::make_shared<FakePorts>(present)), store(std::make_shared<IniUserStore>(dir.File("config"))) {}
+
+    std::unique_ptr<CommsProfileManager> Manager() const { return std::make_unique<CommsProfileManager>(ports, store); }
+
+    TempDir dir;
+    std::shared_ptr<FakePorts> ports;
+    std::shared_ptr<IniUserStore> store;
+};
+
+// Names of the element children of a node, in order.
+inline std::vector<std::string> ChildNames(const XmlNode& node) {
+    std::vector<std::string> names;
+    for (XmlNode child = node.FirstChildElement(); child; child = child.NextSiblingElement())
+        names.push_back(child.Name());
+    return names;
+}
+
+inline std::string Field(const XmlNode& profile, std::string_view name) { return ProfileXml::ChildText(profile, name); }
+
+// Values of one field over the PROFILE children of a node.
+inline std::vector<std::string> Fields(const XmlNode& parent, std::string_view name) {
+    std::vector<std::string> values;
+    for (const XmlNode& profile : parent.SelectAll("PROFILE")) values.push_back(Field(profile, name));
+    return values;
+}
+
+}  // namespace meridex::test

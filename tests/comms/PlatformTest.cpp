@@ -1,0 +1,190 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include "CommsTestSupport.h"
+#include "comms/SystemOps.h"
+#include "platform/StartedProgram.h"
+#include "platform/linux/LinuxSerialPortSource.h"
+
+using namespace meridex;
+using namespace meridex::test;
+using Device = LinuxSerialPortSource::Device;
+
+TEST(IniUserStore, KeepsOrderCommentsAndIgnoresCase) {
+    TempDir dir;
+    IniUserStore store(dir.File("meridex"));
+    EXPECT_EQ(store.GetSetting("MeridexV4", "Settings", "MAX_COMM_PORT_SCOMM", "64"), "64");
+    EXPECT_TRUE(store.GetAllSettings("MERIDEXV4", "CommsUsage").empty());
+
+    std::string file = store.FileFor("MeridexV4");
+    EXPECT_EQ(file, store.FileFor("MERIDEXV4"));
+    dir.Write("meridex/meridexv4.ini",
+              "; hand-written\r\n[CommsUsage]\r\n3 = 4\r\n1=2\r\n\r\n# more\n[Settings]\nMAX_COMM_PORT_SCOMM=8\n");
+    EXPECT_EQ(store.GetSetting("MERIDEXV4", "settings", "max_comm_port_scomm", "64"), "8");
+    ASSERT_TRUE(store.SaveSetting("MeridexV4", "CommsUsage", "2", "9"));
+    ASSERT_TRUE(store.SaveSetting("meridexv4", "COMMSUSAGE", "3", "5"));
+    ASSERT_TRUE(store.SaveSetting("MeridexV4", "CommsPref", "/schemes/Hill.XML", "3"));
+    EXPECT_EQ(store.GetAllSettings("MeridexV4", "CommsUsage"),
+              (std::vector<UserStore::Pair>{{"3", "5"}, {"1", "2"}, {"2", "9"}}));
+    std::string text = TempDir::Read(file);
+    EXPECT_NE(text.find("; hand-written"), std::string::npos);
+    EXPECT_NE(text.find("# more"), std::string::npos);
+    EXPECT_EQ(store.GetSetting("MERIDEXV4", "CommsPref", "/SCHEMES/hill.xml", ""), "3");
+
+    ASSERT_TRUE(store.DeleteSetting("MeridexV4", "CommsUsage", "1"));
+    EXPECT_EQ(store.GetAllSettings("MeridexV4", "CommsUsage").size(), 2u);
+    // Names that cannot be stored are refused, not written half-way.
+    EXPECT_FALSE(store.SaveSetting("MeridexV4", "CommsPref", "a=b", "1"));
+    EXPECT_FALSE(store.SaveSetting("MeridexV4", "CommsPref", "k", "two\nlines"));
+    EXPECT_FALSE(store.SaveSetting("../escape", "S", "k", "v"));
+    EXPECT_FALSE(store.SaveSetting("MeridexV4", "[odd]", "k", "v"));
+    EXPECT_EQ(TempDir::Read(file), TempDir::Read(file));
+
+    // Where the store lives by default.
+    const char* old = std::getenv("XDG_CONFIG_HOME");
+    std::string saved = old ? old : "";
+    setenv("XDG_CONFIG_HOME", dir.Path().c_str(), 1);
+    EXPECT_EQ(IniUserStore::DefaultFolder(), dir.Path() + "/meridex");
+    if (old) setenv("XDG_CONFIG_HOME", saved.c_str(), 1); else unsetenv("XDG_CONFIG_HOME");
+}
+
+TEST(LinuxPorts, NumbersAreStableAcrossPlugging) {
+    TempDir dir;
+    IniUserStore store(dir.File("meridex"));
+    std::vector<Device> devices{
+        {"/dev/ttyS0", "/dev/ttyS0", "ttyS0", false, 0},
+        {"/dev/ttyS3", "/dev/ttyS3", "ttyS3", false, 3},
+        {"/dev/ttyUSB0", "/dev/serial/by-id/usb-FTDI_B", "FT232R", false, -1},
+        {"/dev/ttyACM0", "/dev/serial/by-id/usb-Modem_A", "Modem", false, -1},
+        {"/dev/rfcomm0", "/dev/rfcomm0", "Bluetooth link rfcomm0", true, -1}};
+    auto numbered = [](const std::vector<SerialPort>& ports) {
+        std::vector<std::pair<int, std::string>> out;
+        for (const SerialPort& port : ports) out.emplace_back(port.number, port.device);
+        return out;
+    };
+    using Numbers = std::vector<std::pair<int, std::string>>;
+    EXPECT_EQ(numbered(LinuxSerialPortSource::NumberPorts(devices, store)),
+              (Numbers{{1, "/dev/ttyS0"}, {2, "/dev/rfcomm0"}, {3, "/dev/serial/by-id/usb-FTDI_B"},
+                       {4, "/dev/ttyS3"}, {5, "/dev/serial/by-id/usb-Modem_A"}}));
+    // Unplug the FTDI adapter and the modem, plug in another adapter: the old
+    // numbers stay reserved (listed, not present), the new one takes 6.
+    std::vector<Device> later{devices[0], devices[1], devices[4],
+                              {"/dev/ttyUSB0", "/dev/serial/by-id/usb-Prolific_C", "PL2303", false, -1}};
+    EXPECT_EQ(numbered(LinuxSerialPortSource::NumberPorts(later, store)),
+              (Numbers{{1, "/dev/ttyS0"}, {2, "/dev/rfcomm0"}, {3, "/dev/serial/by-id/usb-FTDI_B"},
+                       {4, "/dev/ttyS3"}, {5, "/dev/serial/by-id/usb-Modem_A"}, {6, "/dev/serial/by-id/usb-Prolific_C"}}));
+    auto again = LinuxSerialPortSource::NumberPorts(devices, store);
+    EXPECT_EQ(again[2].description, "FT232R");
+    EXPECT_TRUE(again[1].bluetooth);
+
+    // A pin by hand wins over a UART's own number; the UART moves to a free
+    // one. A device keeps the first number listed for it.
+    store.SaveSetting("MeridexV4", "SerialPorts", "com1", "/dev/serial/by-id/usb-Modem_A");
+    store.SaveSetting("MeridexV4", "SerialPorts", "COM9", "/dev/serial/by-id/usb-Modem_A");
+    store.DeleteSetting("MeridexV4", "SerialPorts", "COM5");
+    store.SaveSetting("MeridexV4", "SerialPorts", "COM99999", "/dev/ignored");
+    store.SaveSetting("MeridexV4", "SerialPorts", "COMx", "/dev/ignored");
+    auto pinned = numbered(LinuxSerialPortSource::NumberPorts({devices[0], devices[3]}, store));
+    EXPECT_EQ(pinned.front(), (std::pair<int, std::string>{1, "/dev/serial/by-id/usb-Modem_A"}));
+    EXPECT_EQ(pinned, (Numbers{{1, "/dev/serial/by-id/usb-Modem_A"}, {2, "/dev/rfcomm0"},
+                               {3, "/dev/serial/by-id/usb-FTDI_B"}, {4, "/dev/ttyS0"},
+                               {6, "/dev/serial/by-id/usb-Prolific_C"}}));
+}
+
+namespace {
+
+// A pair of linked pseudo-terminals made by socat, with $dir/ttyA and
+// $dir/ttyB leading to them; ended with the object.
+class SocatPair {
+public:
+    explicit SocatPair(const TempDir& dir) : a_(dir.File("ttyA")), b_(dir.File("ttyB")) {
+        std::string socat = "/usr/bin/socat";
+        if (!std::filesystem::exists(socat)) return;
+        pid_ = fork();
+        if (pid_ == 0) {
+            std::string left = "pty,raw,echo=0,link=" + a_, right = "pty,raw,echo=0,link=" + b_;
+            execl(socat.c_str(), "socat", left.c_str(), right.c_str(), static_cast<char*>(nullptr));
+            _exit(127);
+        }
+        for (int i = 0; i < 500 && !Ready(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ~SocatPair() { Stop(); }
+    bool Ready() const { return std::filesystem::exists(a_) && std::filesystem::exists(b_); }
+    void Stop() {
+        if (pid_ <= 0) return;
+        kill(pid_, SIGTERM);
+        waitpid(pid_, nullptr, 0);
+        pid_ = -1;
+    }
+    const std::string& A() const { return a_; }
+
+private:
+    std::string a_, b_;
+    pid_t pid_ = -1;
+};
+
+}  // namespace
+
+TEST(LinuxPorts, APinnedPseudoTerminalIsAPresentPortUntilItGoes) {
+    TempDir dir;
+    SocatPair socat(dir);
+    if (!socat.Ready()) GTEST_SKIP() << "socat is not available";
+    auto store = std::make_shared<IniUserStore>(dir.File("meridex"));
+    store->SaveSetting("MeridexV4", "SerialPorts", "COM201", socat.A());
+    store->SaveSetting("MeridexV4", "SerialPorts", "COM202", dir.Write("plain.txt", "not a device"));
+    store->SaveSetting("MeridexV4", "SerialPorts", "COM203", "/dev/null");  // a device, but no terminal
+    auto source = std::make_shared<LinuxSerialPortSource>(store);
+    EXPECT_TRUE(SystemOps::IsCommPortPresent(*source, 201));
+    EXPECT_FALSE(SystemOps::IsCommPortPresent(*source, 202));
+    EXPECT_FALSE(SystemOps::IsCommPortPresent(*source, 203));
+    EXPECT_FALSE(SystemOps::IsBluetoothModemPort(*source, 201));
+
+    // The map gets a cable for it once the bound reaches it, named by the
+    // companion after its device.
+    auto find201 = [](const CommsProfileManager& m) {
+        for (const XmlNode& p : m.ApplicationProfiles().SelectAll("PROFILE"))
+            if (Field(p, "COMMPORT") == "201") return p;
+        return XmlNode();
+    };
+    CommsProfileManager m(source, store);
+    EXPECT_TRUE(find201(m).IsNull());  // above the default bound of 64
+    store->SaveSetting("MeridexV4", "Settings", "MAX_COMM_PORT_SCOMM", "256");
+    m.CleanRS232Direct();
+    ASSERT_FALSE(find201(m).IsNull());
+    EXPECT_EQ(Field(find201(m), "NAME"), "Direct to COM201");
+#ifdef MERIDEX_COMPANION_DIR
+    // The real companion finds the same store through XDG_CONFIG_HOME.
+    const char* old = std::getenv("XDG_CONFIG_HOME");
+    std::string saved = old ? old : "";
+    setenv("XDG_CONFIG_HOME", dir.Path().c_str(), 1);
+    std::filesystem::create_directories(dir.File("app"));
+    std::filesystem::create_symlink(MERIDEX_COMPANION_DIR "/SerialPortInfoDump", dir.File("app/SerialPortInfoDump"));
+    m.GetCommPortDescriptions(dir.File("app"));
+    if (old) setenv("XDG_CONFIG_HOME", saved.c_str(), 1); else unsetenv("XDG_CONFIG_HOME");
+    EXPECT_EQ(Field(find201(m), "NAME"), "ttyA");
+    EXPECT_NE(TempDir::Read(dir.File("app/ports.txt")).find("COM201|ttyA\n"), std::string::npos);
+#endif
+
+    socat.Stop();
+    EXPECT_FALSE(SystemOps::IsCommPortPresent(*source, 201));
+    m.CleanRS232Direct();
+    EXPECT_TRUE(find201(m).IsNull());
+}
+
+TEST(LinuxPorts, StartedProgramsAreAlwaysReaped) {
+    StartedProgram quick = StartedProgram::Start("/bin/true", {});
+    ASSERT_TRUE(quick.Started());
+    quick.End(std::chrono::seconds(5));
+    StartedProgram slow = StartedProgram::Start("/bin/sleep", {"30"});
+    ASSERT_TRUE(slow.Started());
+    EXPECT_FALSE(slow.HasEnded());
+    slow.End(std::chrono::milliseconds(20));
+    EXPECT_FALSE(StartedProgram::Start("/no/such/program", {}).Started());
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+}

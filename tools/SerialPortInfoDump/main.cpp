@@ -1,0 +1,39 @@
+// SerialPortInfoDump [FOLDER]: writes FOLDER/ports.txt (FOLDER defaults to
+// the folder of this program) with one line per serial port present on this
+// PC: "COM", its number, "|", and the port's description. The numbers are the
+// library's, so the communications map can name its profiles after the
+// devices. The file is written atomically: once it exists it is complete.
+#include <cstdio>
+#include <string>
+
+#include "comms/PortSnapshot.h"
+#include "frame/FileOps.h"
+#include "platform/Platform.h"
+
+int main(int argc, char** argv) {
+    using namespace meridex;
+    std::string folder = argc > 1 ? argv[1] : Platform::ProgramFolder();
+    if (argc > 2 || folder.empty() || folder == "-h" || folder == "--help") {
+        std::fprintf(stderr, "usage: SerialPortInfoDump [FOLDER]\n");
+        return 2;
+    }
+    std::shared_ptr<UserStore> store = Platform::DefaultUserStore();
+    std::shared_ptr<SerialPortSource> source = Platform::DefaultSerialPortSource(store);
+    PortSnapshot ports(*source);
+    std::string text;
+    for (const SerialPort& port : ports.Ports()) {
+        if (!ports.IsPresent(port.number)) continue;
+        std::string description = port.description;
+        // One line per port, two fields: the separators cannot appear inside.
+        for (char& c : description)
+            if (c == '|' || c == '\n' || c == '\r') c = ' ';
+        text += "COM" + std::to_string(port.number) + "|" + description + "\n";
+    }
+    if (!FileOps::IsSeparator(folder.back())) folder += '/';
+    std::string error;
+    if (!FileOps::WriteFileAtomic(folder + "ports.txt", text, &error)) {
+        std::fprintf(stderr, "SerialPortInfoDump: %s\n", error.c_str());
+        return 1;
+    }
+    return 0;
+}
