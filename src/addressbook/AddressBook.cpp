@@ -1,0 +1,115 @@
+#include "addressbook/AddressBook.h"
+
+#include <vector>
+
+#include "frame/Error.h"
+#include "frame/FileOps.h"
+#include "frame/XMLOps.h"
+
+namespace meridex {
+
+namespace {
+constexpr char kRootName[] = "V4ADDRESSBOOK";
+
+std::vector<std::string_view> SplitPath(std::string_view path) {
+    std::vector<std::string_view> parts;
+    std::size_t start = 0;
+    for (;;) {
+        const std::size_t slash = path.find('\\', start);
+        parts.push_back(path.substr(start, slash == std::string_view::npos ? std::string_view::npos : slash - start));
+        if (slash == std::string_view::npos) return parts;
+        start = slash + 1;
+    }
+}
+}  // namespace
+
+AddressBook::AddressBook() : document_(XmlDocument::New()), index_(std::make_shared<SiteKeyIndex>()) {}
+
+void AddressBook::NewAddressBook() {
+    document_ = XmlDocument::New();
+    root_ = document_.DocumentNode().AppendChild(XMLOps::CreateXMLElement(kRootName));
+    index_ = std::make_shared<SiteKeyIndex>();
+}
+
+bool AddressBook::LoadAddressBook(const std::string& path) {
+    path_ = path;
+    unreadable_.clear();
+    if (!FileOps::FileExists(path)) {
+        NewAddressBook();
+        return false;
+    }
+    XmlDocument loaded = XmlDocument::Load(path);
+    if (loaded.IsNull()) {
+        unreadable_ = path;
+        NewAddressBook();
+        return false;
+    }
+    const XmlNode root = loaded.DocumentElement();
+    if (root.IsNull() || root.Name() != kRootName) {
+        unreadable_ = path;
+        NewAddressBook();
+        return true;
+    }
+    document_ = std::move(loaded);
+    root_ = root;
+    index_ = std::make_shared<SiteKeyIndex>();
+    return true;
+}
+
+void AddressBook::SaveAddressBook(const std::string& path) {
+    const std::string target = path.empty() ? path_ : path;
+    if (target.empty()) {
+        throw Error(ErrorNumber::PathNotFound, "AddressBook:SaveAddressBook",
+                    "The address book has no file path to save to");
+    }
+    if (!unreadable_.empty() && target == unreadable_ && FileOps::FileExists(target)) {
+        if (FileOps::KeepUnreadableFile(target).empty()) {
+            throw Error(ErrorNumber::PathFileAccess, "AddressBook:SaveAddressBook",
+                        "Could not keep a copy of the unreadable file '" + target +
+                            "', so it was not replaced");
+        }
+        unreadable_.clear();
+    }
+    std::string reason;
+    if (!document_.Save(target, &reason)) {
+        throw Error(ErrorNumber::PathFileAccess, "AddressBook:SaveAddressBook",
+                    "Could not save the address book to '" + target + "': " + reason);
+    }
+    path_ = target;
+}
+
+SiteGroup AddressBook::Sites() const {
+    if (root_.IsNull()) return SiteGroup::None();
+    return SiteGroup::AttachNode(root_, index_);
+}
+
+SiteGroup AddressBook::FindGroup(std::string_view path) const {
+    const auto parts = SplitPath(path);
+    if (parts.size() < 2) return SiteGroup::None();
+    SiteGroup group = Sites();
+    for (std::size_t i = 1; i < parts.size() && !group.IsNull(); ++i) group = group.Group(parts[i]);
+    return group;
+}
+
+Site AddressBook::FindSite(std::string_view path) const {
+    const auto parts = SplitPath(path);
+    if (parts.size() < 2) {
+        throw Error(ErrorNumber::ObjectRequired, "AddressBook:FindSite",
+                    "The path '" + std::string(path) + "' has no backslash, so it names no site");
+    }
+    SiteGroup group = Sites();
+    if (group.IsNull()) {
+        throw Error(ErrorNumber::ObjectRequired, "AddressBook:FindSite", "The address book is not loaded");
+    }
+    for (std::size_t i = 1; i + 1 < parts.size(); ++i) {
+        group = group.Group(parts[i]);
+        if (group.IsNull()) {
+            throw Error(ErrorNumber::ObjectRequired, "AddressBook:FindSite",
+                        "No group '" + std::string(parts[i]) + "' on the path '" + std::string(path) + "'");
+        }
+    }
+    return group.Site(parts.back());
+}
+
+}  // namespace meridex
+

@@ -1,0 +1,194 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "addressbook/AddressBook.h"
+#include "frame/Text.h"
+#include "frame/XMLOps.h"
+
+namespace meridex {
+namespace {
+
+Site NewSite(const std::string& name) {
+    Site site;
+    site.setName(name);
+    return site;
+}
+
+SiteGroup NewGroup(const std::string& name) {
+    SiteGroup group;
+    group.setName(name);
+    return group;
+}
+
+AddressBook EmptyBook() {
+    AddressBook book;
+    book.NewAddressBook();
+    return book;
+}
+
+// The first SITE or GROUP child whose KEY equals key ignoring case, by a
+// plain scan of the document.
+XmlNode ScanForKey(const XmlNode& group, const std::string& kind, const std::string& key) {
+    for (XmlNode child = group.FirstChildElement(kind); child; child = child.NextSiblingElement(kind)) {
+        if (Text::EqualsIgnoreCase(child.SelectSingle("KEY").Text(), key)) return child;
+    }
+    return XmlNode();
+}
+
+TEST(SiteGroup, KeysAreMadeUniquePerKindIgnoringCase) {
+    AddressBook book = EmptyBook();
+    SiteGroup root = book.Sites();
+    for (int i = 0; i < 3; ++i) ASSERT_TRUE(root.AddSite(NewSite("Pump")));
+    EXPECT_EQ(root.Site(1).Key(), "Pump");
+    EXPECT_EQ(root.Site(2).Key(), "Pump_1");
+    EXPECT_EQ(root.Site(3).Key(), "Pump_2");
+    root.AddSite(NewSite("PUMP"));
+    EXPECT_EQ(root.Site(4).Key(), "PUMP_3");
+    // Groups have their own key space.
+    root.AddGroup(NewGroup("Pump"));
+    EXPECT_EQ(root.Group(1).Key(), "Pump");
+    // Case folding covers more than ASCII.
+    root.AddSite(NewSite("ÄRENDE Σ"));
+    EXPECT_EQ(root.Site("ärende σ").Name(), "ÄRENDE Σ");
+    root.AddSite(NewSite("ärende σ"));
+    EXPECT_EQ(root.Site(6).Key(), "ärende σ_1");
+
+    EXPECT_EQ(root.Site("pump_1").Key(), "Pump_1");
+    EXPECT_TRUE(root.Site(0).IsNull());
+    EXPECT_TRUE(root.Group(-1).IsNull());
+    EXPECT_TRUE(root.Site(7).IsNull());
+    EXPECT_TRUE(root.Site("nothing").IsNull());
+
+    // An item whose KEY already equals its name meets itself.
+    Site moved = NewSite("Tank");
+    moved.setKey("TANK");
+    root.AddSite(moved);
+    EXPECT_EQ(moved.Key(), "Tank_1");
+    // An item without a name gets "_1", "_2", ...
+    root.AddGroup(SiteGroup());
+    root.AddGroup(SiteGroup());
+    EXPECT_EQ(root.Group(2).Key(), "_1");
+    EXPECT_EQ(root.Group(3).Key(), "_2");
+}
+
+TEST(SiteGroup, PathsParentAndClear) {
+    AddressBook book = EmptyBook();
+    SiteGroup root = book.Sites();
+    SiteGroup north = NewGroup("North");
+    root.AddGroup(north);
+    SiteGroup hill = NewGroup("Hill");
+    north.AddGroup(hill);
+    Site s1 = NewSite("S1");
+    hill.AddSite(s1);
+    EXPECT_EQ(north.Path(), "\\North");
+    EXPECT_EQ(s1.Path(), "\\North\\Hill\\S1");
+    EXPECT_EQ(Site().Path(), "");
+
+    // A rename changes only later paths.
+    north.setName("Nord");
+    Site s2 = NewSite("S2");
+    hill.AddSite(s2);
+    EXPECT_EQ(s2.Path(), "\\Nord\\Hill\\S2");
+    EXPECT_EQ(s1.Path(), "\\North\\Hill\\S1");
+
+    EXPECT_TRUE(root.Parent().IsNull());
+    EXPECT_EQ(north.Parent().XMLNode(), root.XMLNode());
+    EXPECT_EQ(hill.Parent().Parent().XMLNode(), root.XMLNode());
+    EXPECT_TRUE(SiteGroup().Parent().IsNull());
+    EXPECT_FALSE(hill.AddGroup(north)) << "a group cannot go inside itself";
+
+    north.Clear();
+    EXPECT_EQ(north.GroupCount(), 0);
+    EXPECT_EQ(north.SiteCount(), 0);
+    EXPECT_EQ(north.Name(), "Nord");
+    EXPECT_EQ(north.Key(), "North");
+    EXPECT_EQ(north.Path(), "\\North");
+    // Views on removed elements keep working on them.
+    EXPECT_EQ(hill.Site("s1").Name(), "S1");
+    EXPECT_TRUE(hill.Parent().IsNull());
+}
+
+TEST(SiteGroup, KeyLookupFollowsChangesMadeAnywhere) {
+    AddressBook book = EmptyBook();
+    SiteGroup group = book.Sites();
+    for (const char* name : {"A", "B", "C"}) group.AddSite(NewSite(name));
+    ASSERT_FALSE(group.Site("a").IsNull());
+
+    // Through XMLOps.
+    XMLOps::SetXMLValue(group.Site("A").XMLNode(), "KEY", "Z", true);
+    EXPECT_TRUE(group.Site("a").IsNull());
+    EXPECT_EQ(group.Site("z").Name(), "A");
+    // Through another view of the same site.
+    Site(group.XMLNode().FirstChildElement("SITE")).setKey("B");
+    EXPECT_EQ(group.Site("b").Name(), "A") << "the first of duplicate keys";
+    // A KEY written into an element that had none.
+    XmlNode keyless = XMLOps::CreateXMLElement("SITE");
+    group.XMLNode().AppendChild(keyless);
+    EXPECT_TRUE(group.Site("D").IsNull());
+    XMLOps::SetXMLValue(keyless, "KEY", "D", true);
+    EXPECT_EQ(group.Site("d").XMLNode(), keyless);
+    // Raw removal and appending.
+    group.XMLNode().RemoveChild(group.Site("C").XMLNode());
+    EXPECT_TRUE(group.Site("c").IsNull());
+    group.AddSite(NewSite("C"));
+    EXPECT_EQ(group.Site(4).Key(), "C");
+    // Another index (another view family) adding to the same group.
+    SiteGroup other = SiteGroup::AttachNode(group.XMLNode());
+    other.AddSite(NewSite("E"));
+    EXPECT_EQ(group.Site("e").Name(), "E");
+    group.AddSite(NewSite("E"));
+    EXPECT_EQ(group.Site(6).Key(), "E_1");
+}
+
+// Random changes through every route, each lookup checked against a scan.
+TEST(SiteGroup, KeyLookupAgreesWithAScanUnderRandomChanges) {
+    AddressBook book = EmptyBook();
+    SiteGroup root = book.Sites();
+    SiteGroup other = SiteGroup::AttachNode(root.XMLNode());
+    const std::vector<std::string> names{"a", "A", "b", "b_1", "C", ""};
+    std::mt19937 random(7);
+    auto pick = [&](std::size_t n) { return static_cast<std::size_t>(random() % n); };
+    for (int step = 0; step < 600; ++step) {
+        const std::string name = names[pick(names.size())];
+        const int count = root.SiteCount();
+        switch (pick(6)) {
+            case 0: root.AddSite(NewSite(name)); break;
+            case 1: other.AddSite(NewSite(name)); break;
+            case 2: if (count) XMLOps::SetXMLValue(root.Site(1 + static_cast<int>(pick(count))).XMLNode(), "KEY", name, true); break;
+            case 3: if (count) root.XMLNode().RemoveChild(root.Site(1 + static_cast<int>(pick(count))).XMLNode()); break;
+            case 4: if (count) root.RemoveSite(name); break;
+            case 5: root.AddGroup(NewGroup(name)); break;
+        }
+        for (const auto& key : names) {
+            ASSERT_EQ(root.Site(key).XMLNode(), ScanForKey(root.XMLNode(), "SITE", key)) << "step " << step << " key " << key;
+            ASSERT_EQ(root.Group(key).XMLNode(), ScanForKey(root.XMLNode(), "GROUP", key)) << "step " << step;
+        }
+    }
+}
+
+TEST(SiteGroup, ThousandsOfLevelsNeedNoRecursion) {
+    AddressBook book = EmptyBook();
+    SiteGroup group = book.Sites();
+    // Every path is as long as the nesting is deep, so building costs depth
+    // squared in text; 2000 levels show the walks need no recursion.
+    constexpr int kDepth = 2000;
+    for (int level = 0; level < kDepth; ++level) {
+        SiteGroup child = NewGroup("g");
+        ASSERT_TRUE(group.AddGroup(child));
+        group = child;
+    }
+    Site deep = NewSite("S");
+    group.AddSite(deep);
+    EXPECT_EQ(deep.Path().size(), static_cast<std::size_t>(kDepth) * 2 + 2);
+    std::string path;
+    for (int level = 0; level < kDepth; ++level) path += "\\g";
+    EXPECT_EQ(book.FindSite(path + "\\s").XMLNode(), deep.XMLNode());
+    book.Sites().Clear();
+    EXPECT_EQ(book.Sites().GroupCount(), 0);
+}
+
+}  // namespace
+}  // namespace meridex
