@@ -4,55 +4,68 @@
 #include <limits>
 
 #include "frame/Text.h"
+// The host asks for a feature by key once per command; the lookups below walk
+// the tree read-only without making a view (and an allocation) per child.
+#include "frame/XmlAccess.h"
 
 namespace meridex::KeyedElements {
 
 namespace {
 
-bool IsAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+bool IsNamed(xmlNodePtr node, std::string_view name) {
+    if (node->type != XML_ELEMENT_NODE || !node->name) return false;
+    return std::string_view(reinterpret_cast<const char*>(node->name)) == name;
 }
 
-char AsciiLower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+xmlNodePtr FirstNamed(xmlNodePtr node, std::string_view name) {
+    while (node && !IsNamed(node, name)) node = node->next;
+    return node;
+}
+
+// The KEY text of an element, without a copy when KEY holds one text node
+// (always, in documents this library writes); scratch holds any other form.
+std::string_view RawKeyOf(xmlNodePtr element, std::string& scratch) {
+    const xmlNodePtr key = FirstNamed(element->children, "KEY");
+    if (!key || !key->children) return {};
+    const xmlNodePtr text = key->children;
+    if (!text->next && text->type == XML_TEXT_NODE && text->content) {
+        return reinterpret_cast<const char*>(text->content);
+    }
+    scratch = XmlAccess::View(key).Text();
+    return scratch;
+}
 
 }  // namespace
 
-std::string KeyOf(const XmlNode& element) { return element.FirstChildElement("KEY").Text(); }
-
-bool KeysEqual(std::string_view a, std::string_view b) {
-    // Only when both sides are ASCII is ASCII folding exact: "K" also equals
-    // the Kelvin sign, which Unicode folding knows about.
-    if (IsAscii(a) && IsAscii(b)) {
-        return a.size() == b.size() &&
-               std::equal(a.begin(), a.end(), b.begin(),
-                          [](char x, char y) { return AsciiLower(x) == AsciiLower(y); });
+void AppendFoldedKeys(const XmlNode& parent, std::string_view childName, std::vector<std::string>& keys) {
+    const xmlNodePtr raw = XmlAccess::Raw(parent);
+    if (!raw) return;
+    std::string scratch;
+    for (xmlNodePtr child = FirstNamed(raw->children, childName); child;
+         child = FirstNamed(child->next, childName)) {
+        keys.push_back(Text::FoldCase(RawKeyOf(child, scratch)));
     }
-    return Text::EqualsIgnoreCase(a, b);
-}
-
-std::string FoldedKey(std::string_view key) {
-    if (!IsAscii(key)) return Text::FoldCase(key);
-    std::string folded(key);
-    for (char& c : folded) c = AsciiLower(c);
-    return folded;
 }
 
 XmlNode FindByKey(const XmlNode& parent, std::string_view childName, std::string_view key) {
-    for (XmlNode child = parent.FirstChildElement(childName); child;
-         child = child.NextSiblingElement(childName)) {
-        if (KeysEqual(KeyOf(child), key)) return child;
+    const xmlNodePtr raw = XmlAccess::Raw(parent);
+    if (!raw) return {};
+    std::string scratch;
+    for (xmlNodePtr child = FirstNamed(raw->children, childName); child;
+         child = FirstNamed(child->next, childName)) {
+        if (Text::EqualsIgnoreCase(RawKeyOf(child, scratch), key)) return XmlAccess::View(child);
     }
     return {};
 }
 
 XmlNode Find(const XmlNode& parent, std::string_view childName, const Index& index) {
     if (!index.IsNumber()) return FindByKey(parent, childName, index.Key());
+    const xmlNodePtr raw = XmlAccess::Raw(parent);
     long long position = index.Number();
-    if (position < 1) return {};
-    for (XmlNode child = parent.FirstChildElement(childName); child;
-         child = child.NextSiblingElement(childName)) {
-        if (--position == 0) return child;
+    if (!raw || position < 1) return {};
+    for (xmlNodePtr child = FirstNamed(raw->children, childName); child;
+         child = FirstNamed(child->next, childName)) {
+        if (--position == 0) return XmlAccess::View(child);
     }
     return {};
 }

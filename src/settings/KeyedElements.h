@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "frame/Index.h"
 #include "frame/XmlNode.h"
@@ -12,13 +13,8 @@
 // two handles on one element never disagree.
 namespace meridex::KeyedElements {
 
-// The text of element's KEY child ("" when there is none).
-std::string KeyOf(const XmlNode& element);
-// True when two keys are equal ignoring letter case (all of Unicode); plain
-// ASCII keys, the usual case, are compared without allocating.
-bool KeysEqual(std::string_view a, std::string_view b);
-// A form of key that compares equal exactly when keys are equal ignoring case.
-std::string FoldedKey(std::string_view key);
+// Appends the case-folded keys (Text::FoldCase) of every child named childName to keys.
+void AppendFoldedKeys(const XmlNode& parent, std::string_view childName, std::vector<std::string>& keys);
 // The first child named childName whose KEY equals key ignoring case.
 XmlNode FindByKey(const XmlNode& parent, std::string_view childName, std::string_view key);
 // The child named childName at a 1-based position or with a key; null when

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "frame/FileOps.h"
+#include "frame/Text.h"
 #include "frame/XMLOps.h"
 #include "frame/XmlDocument.h"
 #include "settings/KeyedElements.h"
@@ -136,7 +137,7 @@ void Settings::CompleteProfiles() const {
          element = element.NextSiblingElement("FEATURE")) {
         Feature feature(element);
         const std::string key = feature.Key();
-        catalogue.push_back({feature, KeyedElements::FoldedKey(key), feature.Available(),
+        catalogue.push_back({feature, Text::FoldCase(key), feature.Available(),
                              lockdown.FeatureAvailable(key), standard.FeatureAvailable(key)});
     }
 
@@ -146,10 +147,7 @@ void Settings::CompleteProfiles() const {
         const Profile profile(element);
         const std::string profileKey = profile.Key();
         present.clear();
-        for (XmlNode feature = element.FirstChildElement("FEATURE"); feature;
-             feature = feature.NextSiblingElement("FEATURE")) {
-            present.push_back(KeyedElements::FoldedKey(KeyedElements::KeyOf(feature)));
-        }
+        KeyedElements::AppendFoldedKeys(element, "FEATURE", present);
         std::sort(present.begin(), present.end());
         for (const CatalogueFeature& entry : catalogue) {
             if (std::binary_search(present.begin(), present.end(), entry.foldedKey)) continue;

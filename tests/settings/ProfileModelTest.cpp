@@ -138,11 +138,13 @@ TEST(Profile, AddWithKeyReplacesAndAddWithoutKeyAppends) {
 TEST(Profile, ViewsSeeChangesMadeThroughOtherViews) {
     const XmlDocument document = XmlDocument::Parse(
         "<PROFILE><KEY>Field Crew</KEY><FEATURE><KEY>V4_UNLOAD_DATA</KEY><AVAILABLE>-1</AVAILABLE>"
-        "</FEATURE><NOTE>kept</NOTE></PROFILE>");
+        "</FEATURE><FEATURE><KEY>ED_<!-- split -->EVENTS</KEY><AVAILABLE>1</AVAILABLE></FEATURE>"
+        "<NOTE>kept</NOTE></PROFILE>");
     ASSERT_FALSE(document.IsNull());
     const Profile first(document.DocumentElement());
     const Profile second(document.DocumentElement());
     const Feature unload = first.Item("V4_UNLOAD_DATA");
+    EXPECT_TRUE(first.FeatureAvailable("ed_events"));  // a key in more than one text node
     EXPECT_TRUE(second.FeatureAvailable("V4_UNLOAD_DATA"));
     unload.setAvailable(false);
     EXPECT_FALSE(second.FeatureAvailable("V4_UNLOAD_DATA"));
