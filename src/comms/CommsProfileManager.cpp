@@ -5,6 +5,7 @@
 #include <deque>
 #include <filesystem>
 #include <thread>
+#include <unordered_set>
 
 #include "comms/PortSnapshot.h"
 #include "comms/ProfileXml.h"
@@ -34,9 +35,28 @@ std::vector<XmlNode> ExactProfiles(const XmlNode& parent, std::string_view type,
 
 bool SamePort(const std::optional<std::int16_t>& a, const std::optional<std::int16_t>& b) { return a && b && *a == *b; }
 
-// A deep copy of profile appended to list under a key that is free in list.
-XmlNode AppendCopy(const XmlNode& list, const XmlNode& profile) {
-    std::string key = NewKey(list);
+// Hands out the keys that are free in a profile list, smallest first, so a
+// run of appends costs one look at the list rather than one per append.
+class FreeKeys {
+public:
+    explicit FreeKeys(const XmlNode& list) {
+        for (const XmlNode& profile : list.SelectAll(kProfile)) used_.insert(Text::FoldCase(ChildText(profile, "KEY")));
+    }
+    std::string Next() {
+        for (;; ++next_) {
+            std::string key = "PROFILE" + std::to_string(next_);
+            if (used_.insert(Text::FoldCase(key)).second) return key;
+        }
+    }
+
+private:
+    std::unordered_set<std::string> used_;
+    long long next_ = 0;
+};
+
+// A deep copy of profile appended to list under a free key.
+XmlNode AppendCopy(const XmlNode& list, const XmlNode& profile, FreeKeys& keys) {
+    std::string key = keys.Next();
     XmlNode copy = list.AppendChild(profile.CloneNode(true));
     SetChild(copy, "KEY", key);
     return copy;
@@ -199,7 +219,7 @@ XmlNode CommsProfileManager::ApplicationProfile(const Index& index) const {
 
 void CommsProfileManager::AddApplicationProfile(const XmlNode& NewProfile) {
     if (!NewProfile || !NewProfile.IsElement()) return;
-    std::string key = NewKey(root_);
+    std::string key = FreeKeys(root_).Next();
     SetChild(NewProfile, "KEY", key);
     root_.AppendChild(NewProfile);
 }
@@ -216,7 +236,7 @@ XmlNode CommsProfileManager::NewProfile(std::initializer_list<std::pair<std::str
 
 XmlNode CommsProfileManager::AppendProfile(const XmlNode& profile,
                                            std::initializer_list<std::pair<std::string_view, std::string_view>> afterKey) {
-    SetChild(profile, "KEY", NewKey(root_));
+    SetChild(profile, "KEY", FreeKeys(root_).Next());
     for (const auto& [name, value] : afterKey) SetChild(profile, name, value);
     return root_.AppendChild(profile);
 }
@@ -356,12 +376,25 @@ void CommsProfileManager::MapSchemeCommsProfiles(Scheme& iScheme) {
     PortSnapshot ports(*ports_);
     const XmlNode oldDefault = GetDefaultProfile(list);
 
-    // Direct cables: drop the ports this PC lacks, add the ones it has.
+    // Direct cables: drop the ports this PC lacks, add the ones it has. The
+    // map's cables are read once; the lookup is GetExactMatch's, without the copy.
+    struct Cable {
+        XmlNode node;
+        std::optional<std::int16_t> port;
+    };
+    std::vector<Cable> cables;
+    for (const XmlNode& device : ExactProfiles(root_, "RS232", "DIRECT")) cables.push_back({device, PortNumber(device)});
+    auto exactMatch = [&](const XmlNode& profile, const std::optional<std::int16_t>& port) {
+        if (ChildText(profile, "TYPE") == "RS232" && ChildText(profile, "METHOD") == "DIRECT")
+            for (const Cable& cable : cables)
+                if (SamePort(cable.port, port)) return cable.node;
+        return XmlNode();
+    };
     std::deque<std::string> switches;
     for (const XmlNode& profile : GetDeviceProfileList(list, "RS232", "DIRECT")) {
         std::optional<std::int16_t> port = PortNumber(profile);
         bool remove = !port || !ports.IsPresent(*port);
-        if (XmlNode match = GetExactMatch(profile)) {
+        if (XmlNode match = exactMatch(profile, port)) {
             if (IsTrueText(ChildText(match, "HIDE"))) {
                 remove = true;
             } else {
@@ -375,36 +408,51 @@ void CommsProfileManager::MapSchemeCommsProfiles(Scheme& iScheme) {
             list.RemoveChild(profile);
         }
     }
-    for (const XmlNode& device : ExactProfiles(root_, "RS232", "DIRECT")) {
-        std::optional<std::int16_t> port = PortNumber(device);
+    std::vector<std::optional<std::int16_t>> schemePorts;
+    for (const XmlNode& profile : ExactProfiles(list, "RS232", "DIRECT")) schemePorts.push_back(PortNumber(profile));
+    FreeKeys keys(list);
+    for (const Cable& cable : cables) {
         bool inScheme = false;
-        for (const XmlNode& profile : ExactProfiles(list, "RS232", "DIRECT"))
-            inScheme = inScheme || SamePort(PortNumber(profile), port);
-        if (inScheme || IsTrueText(ChildText(device, "HIDE"))) continue;
-        XmlNode copy = AppendCopy(list, device);
+        for (const auto& schemePort : schemePorts) inScheme = inScheme || SamePort(schemePort, cable.port);
+        if (inScheme || IsTrueText(ChildText(cable.node, "HIDE"))) continue;
+        XmlNode copy = AppendCopy(list, cable.node, keys);
+        schemePorts.push_back(cable.port);
         if (!switches.empty()) SetExisting(copy, "TELSWITCH", TakeQueued(switches));
     }
 
     // Phone modems: only this PC's modems stay; the numbers dialled move over.
-    auto sameModem = [](const XmlNode& a, const XmlNode& b) {
-        return SamePort(PortNumber(a), PortNumber(b)) &&
-               Text::EqualsIgnoreCase(ChildText(a, "NAME"), ChildText(b, "NAME"));
+    struct Modem {
+        std::optional<std::int16_t> port;
+        std::string name;
+        bool operator==(const Modem& other) const {
+            return SamePort(port, other.port) && Text::EqualsIgnoreCase(name, other.name);
+        }
+    };
+    auto modemOf = [](const XmlNode& profile) { return Modem{PortNumber(profile), ChildText(profile, "NAME")}; };
+    auto contains = [](const std::vector<Modem>& modems, const Modem& modem) {
+        for (const Modem& other : modems)
+            if (other == modem) return true;
+        return false;
     };
     std::deque<std::string> dialling;
     const std::vector<XmlNode> modems = ExactProfiles(root_, "RS232", "PHONEMODEM");
+    std::vector<Modem> mapModems;
+    for (const XmlNode& modem : modems) mapModems.push_back(modemOf(modem));
+    std::vector<Modem> schemeModems;
     for (const XmlNode& profile : ExactProfiles(list, "RS232", "PHONEMODEM")) {
-        bool known = false;
-        for (const XmlNode& modem : modems) known = known || sameModem(modem, profile);
-        if (known) continue;
+        Modem modem = modemOf(profile);
+        if (contains(mapModems, modem)) {
+            schemeModems.push_back(std::move(modem));
+            continue;
+        }
         dialling.push_back(ChildText(profile, "TELSWITCH") + "|" + ChildText(profile, "PHONENUMBER"));
         list.RemoveChild(profile);
     }
-    for (const XmlNode& modem : modems) {
-        bool inScheme = false;
-        for (const XmlNode& profile : ExactProfiles(list, "RS232", "PHONEMODEM"))
-            inScheme = inScheme || sameModem(modem, profile);
-        if (inScheme) continue;
-        XmlNode copy = AppendCopy(list, modem);
+    keys = FreeKeys(list);
+    for (std::size_t i = 0; i < modems.size(); ++i) {
+        if (contains(schemeModems, mapModems[i])) continue;
+        XmlNode copy = AppendCopy(list, modems[i], keys);
+        schemeModems.push_back(mapModems[i]);
         if (dialling.empty()) continue;
         std::string pair = TakeQueued(dialling);
         std::size_t bar = pair.find('|');
@@ -415,12 +463,12 @@ void CommsProfileManager::MapSchemeCommsProfiles(Scheme& iScheme) {
     // Network links.
     for (std::string_view method : {"UDP", "TCP"}) {
         if (GetDeviceProfile(list, "IP", method)) continue;
-        if (XmlNode device = GetDeviceProfile(root_, "IP", method)) AppendCopy(list, device);
+        if (XmlNode device = GetDeviceProfile(root_, "IP", method)) AppendCopy(list, device, keys);
     }
     XmlNode proxy = GetDeviceProfile(root_, "IP", "GPRSPROXY");
     std::vector<XmlNode> proxies = ExactProfiles(list, "IP", "GPRSPROXY");
     if (proxies.empty()) {
-        if (proxy) AppendCopy(list, proxy);
+        if (proxy) AppendCopy(list, proxy, keys);
     } else if (proxy) {
         for (const XmlNode& profile : proxies)
             for (std::string_view field : {"USERNAME", "PASSWORD", "PROXYADDRESS", "PROXYPORT"})

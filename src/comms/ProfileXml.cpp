@@ -1,7 +1,5 @@
 #include "comms/ProfileXml.h"
 
-#include <unordered_set>
-
 #include "frame/Error.h"
 #include "frame/Numeric.h"
 #include "frame/Text.h"
@@ -42,15 +40,6 @@ std::optional<std::int16_t> PortNumber(const XmlNode& profile) {
         return Numeric::ToInt16(Numeric::LeadingNumber(ChildText(profile, "COMMPORT")));
     } catch (const Error&) {
         return std::nullopt;
-    }
-}
-
-std::string NewKey(const XmlNode& parent) {
-    std::unordered_set<std::string> used;
-    for (const XmlNode& profile : parent.SelectAll("PROFILE")) used.insert(Text::FoldCase(ChildText(profile, "KEY")));
-    for (long long n = 0;; ++n) {
-        std::string key = "PROFILE" + std::to_string(n);
-        if (!used.count(Text::FoldCase(key))) return key;
     }
 }
 

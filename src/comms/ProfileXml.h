@@ -23,8 +23,4 @@ bool IsTrueText(std::string_view text);
 // COMMPORT as a 16-bit number: missing or not a number reads as 0;
 // nullopt for a number out of range, which equals no port.
 std::optional<std::int16_t> PortNumber(const XmlNode& profile);
-// "PROFILE" and the smallest n from 0 that no PROFILE child of parent has as
-// its KEY (compared ignoring case).
-std::string NewKey(const XmlNode& parent);
-
 }  // namespace meridex::ProfileXml
