@@ -53,7 +53,8 @@ bool Load(Settings& settings, const std::string& file) {
     if (settings.LoadSettings(file)) return true;
     if (FileOps::FileExists(file)) {
         std::cerr << "meridex: " << file
-                  << " is not a readable settings document; using empty settings\n";
+                  << " is not a readable settings document; using empty settings (a save first"
+                     " keeps the old file beside it, named .unreadable)\n";
     } else {
         std::cerr << "meridex: " << file << " does not exist; using empty settings\n";
     }

@@ -221,6 +221,7 @@ TEST(Settings, LegacyDocumentsLoadInEitherEncoding) {
         {"bare-1252.xml", body1252},
         {"declared-utf8.xml", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + bodyUtf8},
         {"bare-utf8.xml", bodyUtf8},
+        {"bom-utf8.xml", "\xEF\xBB\xBF" + bodyUtf8},
     };
     for (const auto& [name, contents] : files) {
         SCOPED_TRACE(name);
@@ -291,6 +292,16 @@ TEST(Settings, SaveThatCannotWriteLeavesTheOldFileAlone) {
     fs::remove_all(dir.File("gone"));
     EXPECT_FALSE(other.SaveSettings());
     EXPECT_FALSE(fs::exists(dir.File("gone")));
+
+    // A file that has gone while its folder stays is written again.
+    fs::remove(path);
+    EXPECT_TRUE(settings.SaveSettings());
+    EXPECT_EQ(TempDir::Read(path), settings.Root().Xml() + "\r\n");
+
+    // A folder where the file should be is left alone.
+    fs::create_directories(dir.File("folder.xml"));
+    EXPECT_FALSE(settings.SaveSettings(dir.File("folder.xml")));
+    EXPECT_TRUE(fs::is_directory(dir.File("folder.xml")));
 
     Settings nowhere;
     EXPECT_FALSE(nowhere.SaveSettings());
