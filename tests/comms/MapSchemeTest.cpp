@@ -106,6 +106,11 @@ TEST(MapScheme, TheDefaultIsRepairedOrChosenFromPreferencesUsageOrTheMap) {
     EXPECT_EQ(CommsProfileManager::GetDefaultProfile(list), list.SelectAll("PROFILE")[0]);
     EXPECT_EQ(Field(CommsProfileManager::GetDefaultProfile(list), "COMMPORT"), "3");
 
+    // A default that survives keeps the only mark.
+    XmlNode kept = f.Scheme(Direct("3", "<DEFAULT>-1</DEFAULT>") + Direct("9"));
+    m->MapSchemeCommsProfiles(f.scheme);
+    EXPECT_EQ(Fields(kept, "DEFAULT"), (std::vector<std::string>{"-1"}));
+
     // No default: CommsPref for this scheme names the port.
     Mapping g{1, 2};
     auto n = g.Map(Direct("1") + Direct("2"));
