@@ -104,22 +104,29 @@ bool SiteGroup::AddGroup(const SiteGroup& group) const {
 
 std::string SiteGroup::PathFor(std::string_view key) const {
     // Walked on the raw tree without recursion or views: groups may nest
-    // thousands deep, and every add walks up to the root.
+    // thousands deep, and every add walks up to the root. The receiving group
+    // and the root, which may have thousands of children and (the root
+    // normally) no NAME, are answered by the key index.
     std::vector<std::string> names;
     for (xmlNodePtr group = XmlAccess::Raw(node_); group != nullptr && group->type == XML_ELEMENT_NODE;
          group = group->parent) {
-        std::string name;
-        for (xmlNodePtr child = group->children; child != nullptr; child = child->next) {
-            if (child->type == XML_ELEMENT_NODE && xmlStrEqual(child->name, BAD_CAST "NAME")) {
-                if (xmlChar* text = xmlNodeGetContent(child)) {
-                    name = reinterpret_cast<const char*>(text);
-                    xmlFree(text);
+        const bool root = xmlStrEqual(group->name, BAD_CAST "V4ADDRESSBOOK") != 0;
+        if (root || group == XmlAccess::Raw(node_)) {
+            names.push_back(index_->NameElement(XmlAccess::View(group)).Text());
+        } else {
+            std::string name;
+            for (xmlNodePtr child = group->children; child != nullptr; child = child->next) {
+                if (child->type == XML_ELEMENT_NODE && xmlStrEqual(child->name, BAD_CAST "NAME")) {
+                    if (xmlChar* text = xmlNodeGetContent(child)) {
+                        name = reinterpret_cast<const char*>(text);
+                        xmlFree(text);
+                    }
+                    break;
                 }
-                break;
             }
+            names.push_back(std::move(name));
         }
-        names.push_back(std::move(name));
-        if (xmlStrEqual(group->name, BAD_CAST "V4ADDRESSBOOK")) break;
+        if (root) break;
     }
     std::size_t size = key.size();
     for (const auto& name : names) size += name.size() + 1;

@@ -61,7 +61,9 @@ SiteKeyIndex::Entry& SiteKeyIndex::Build(const XmlNode& group) {
     entry->last = group.LastChild();
     for (XmlNode child = group.FirstChildElement(); !child.IsNull(); child = child.NextSiblingElement()) {
         const std::string name = child.Name();
-        if (name == "SITE") {
+        if (name == "NAME" && entry->name.IsNull()) {
+            entry->name = child;
+        } else if (name == "SITE") {
             entry->keys[static_cast<int>(Kind::Site)][FoldedKey(child)].push_back(child);
         } else if (name == "GROUP") {
             entry->keys[static_cast<int>(Kind::Group)][FoldedKey(child)].push_back(child);
@@ -106,6 +108,17 @@ XmlNode SiteKeyIndex::Find(const XmlNode& group, Kind kind, std::string_view key
         entry = &Build(group);
     }
     return XmlNode();
+}
+
+XmlNode SiteKeyIndex::NameElement(const XmlNode& group) {
+    if (group.IsNull()) return XmlNode();
+    Entry* entry = Lookup(group);
+    // No new look at the unlink count: this is asked in the middle of the
+    // owning views' own change, after the look they took at its start.
+    if (entry == nullptr || entry->epoch != entry->doc->epoch || !(group.LastChild() == entry->last)) {
+        entry = &Build(group);
+    }
+    return entry->name;
 }
 
 void SiteKeyIndex::Notice(const XmlNode& group) {

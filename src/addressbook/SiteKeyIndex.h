@@ -54,6 +54,11 @@ public:
     // Drops what is known about group (after the owning views removed from it).
     void Forget(const XmlNode& group);
 
+    // The group's first NAME child (null when it has none), from the entry of
+    // the group, built when needed: the root of a book has no NAME and may
+    // have thousands of children, and every add reads the names up to it.
+    XmlNode NameElement(const XmlNode& group);
+
     // The folded KEY text of an element ("" when it has none).
     static std::string FoldedKey(const XmlNode& element);
 
@@ -66,6 +71,7 @@ private:
     struct Entry {
         XmlNode group;
         XmlNode last;
+        XmlNode name;  // first NAME child
         DocState* doc = nullptr;
         std::uint64_t epoch = 0;
         std::unordered_map<std::string, std::vector<XmlNode>> keys[2];

@@ -93,6 +93,14 @@ TEST(SiteGroup, PathsParentAndClear) {
     hill.AddSite(s2);
     EXPECT_EQ(s2.Path(), "\\Nord\\Hill\\S2");
     EXPECT_EQ(s1.Path(), "\\North\\Hill\\S1");
+    // A name given to the root after its children still leads every later path.
+    root.setName("Book");
+    Site s3 = NewSite("S3");
+    hill.AddSite(s3);
+    root.AddSite(NewSite("S4"));
+    EXPECT_EQ(s3.Path(), "Book\\Nord\\Hill\\S3");
+    EXPECT_EQ(root.Site("s4").Path(), "Book\\S4");
+    root.setName("");
 
     EXPECT_TRUE(root.Parent().IsNull());
     EXPECT_EQ(north.Parent().XMLNode(), root.XMLNode());
@@ -108,6 +116,7 @@ TEST(SiteGroup, PathsParentAndClear) {
     EXPECT_EQ(north.Path(), "\\North");
     // Views on removed elements keep working on them.
     EXPECT_EQ(hill.Site("s1").Name(), "S1");
+    EXPECT_EQ(hill.SiteCount(), 3);
     EXPECT_TRUE(hill.Parent().IsNull());
 }
 
