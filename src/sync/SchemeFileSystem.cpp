@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <map>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -65,14 +66,6 @@ std::string FolderOf(const std::string& path) {
 std::string NameOf(const std::string& path) {
     auto slash = path.find_last_of('/');
     return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
-// A rename is durable only once its folder is flushed too.
-void FlushFolder(const std::string& folder) {
-    int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0) return;
-    ::fsync(fd);
-    ::close(fd);
 }
 
 bool RenameNoReplace(const std::string& from, const std::string& to) {
@@ -181,16 +174,64 @@ bool SchemeFileSystem::ApplyTimes(int out, const std::timespec times[2]) {
 
 bool SchemeFileSystem::Flush(int out) { return ::fsync(out) == 0; }
 
+// A rename is durable only once its folder is flushed too.
+void SchemeFileSystem::FlushFolder(const std::string& folder) {
+    int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return;
+    ::fsync(fd);
+    ::close(fd);
+}
+
 SchemeFileSystem::CopyResult SchemeFileSystem::CopyFile(const std::string& source,
                                                         const std::string& destination, bool backup,
-                                                        std::string& error, std::string* backupPath) {
-    return CopyInto(source, destination, Commit::Replace, backup, error, backupPath, nullptr);
+                                                        std::string& error, std::string* backupPath,
+                                                        std::vector<PendingCopy>* pending) {
+    return CopyInto(source, destination, Commit::Replace, backup, error, backupPath, nullptr, pending);
+}
+
+bool SchemeFileSystem::FlushFileSystem(const std::string& folder) {
+    int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return false;
+    bool ok = ::syncfs(fd) == 0;
+    ::close(fd);
+    return ok;
+}
+
+std::vector<std::string> SchemeFileSystem::CommitPending(std::vector<PendingCopy>& pending) {
+    std::vector<std::string> errors(pending.size());
+    // One folder for each file system the copies are on.
+    std::map<dev_t, std::string> fileSystems;
+    std::vector<dev_t> deviceOf(pending.size(), 0);
+    for (std::size_t i = 0; i < pending.size(); ++i) {
+        struct stat st {};
+        std::string folder = FolderOf(pending[i].temp);
+        if (::stat(folder.c_str(), &st) == 0) fileSystems.emplace(st.st_dev, folder);
+        deviceOf[i] = st.st_dev;
+    }
+    std::map<dev_t, bool> flushed;
+    for (const auto& [device, folder] : fileSystems) flushed[device] = FlushFileSystem(folder);
+    for (std::size_t i = 0; i < pending.size(); ++i) {
+        const PendingCopy& copy = pending[i];
+        if (!flushed[deviceOf[i]]) {
+            errors[i] = "Unable to write " + copy.destination + ": the disk could not be flushed";
+        } else if (!RenameNoReplace(copy.temp, copy.destination)) {
+            errors[i] = Describe("Unable to place", copy.destination, errno);
+        } else {
+            continue;
+        }
+        ::unlink(copy.temp.c_str());
+    }
+    for (const auto& [device, folder] : fileSystems)
+        if (flushed[device]) FlushFileSystem(folder);
+    pending.clear();
+    return errors;
 }
 
 SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& source,
                                                         const std::string& destination, Commit commit,
                                                         bool backup, std::string& error,
-                                                        std::string* backupPath, int* errnoOut) {
+                                                        std::string* backupPath, int* errnoOut,
+                                                        std::vector<PendingCopy>* pending) {
     auto fail = [&](std::string text, int err) {
         error = std::move(text);
         if (errnoOut) *errnoOut = err;
@@ -241,6 +282,12 @@ SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& sourc
     if (!Transfer(in.get(), out.get(), why)) return fail("Unable to copy " + source + ": " + why, EIO);
     const std::timespec times[2] = {src.st_atim, src.st_mtim};
     bool timesSet = ApplyTimes(out.get(), times);
+    if (pending && !targetExists && commit == Commit::Replace) {
+        if (!out.Close()) return fail(Describe("Unable to write", destination, errno), errno);
+        pending->push_back(PendingCopy{tempPath, destination});
+        temp.Release();
+        return timesSet ? CopyResult::Copied : CopyResult::CopiedTimesNotSet;
+    }
     if (!Flush(out.get())) return fail(Describe("Unable to write", destination, errno), errno);
     if (!out.Close()) return fail(Describe("Unable to write", destination, errno), errno);
 
@@ -253,7 +300,7 @@ SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& sourc
                                              : RenameNoReplace(tempPath, destination);
     if (!renamed) return fail(Describe("Unable to replace", destination, errno), errno);
     temp.Release();
-    FlushFolder(folder);
+    if (!pending) FlushFolder(folder);  // with pending, the caller flushes once per folder
     return timesSet ? CopyResult::Copied : CopyResult::CopiedTimesNotSet;
 }
 
@@ -274,10 +321,8 @@ std::string SchemeFileSystem::BackupFile(const std::string& path, std::string& e
         }
         // A second name for the same bytes is the cheapest exact backup; the
         // original name is then replaced by a rename, never written in place.
-        if (::link(path.c_str(), candidate.c_str()) == 0) {
-            FlushFolder(FolderOf(candidate));
-            return candidate;
-        }
+        // (Made durable by the folder flush that follows the replacement.)
+        if (::link(path.c_str(), candidate.c_str()) == 0) return candidate;
         if (errno == EEXIST) continue;
         if (errno == ENOENT) {
             error = Describe("Unable to make a backup of", path, errno);
@@ -285,7 +330,7 @@ std::string SchemeFileSystem::BackupFile(const std::string& path, std::string& e
         }
         // No hard links here (some network shares): a real copy.
         int err = 0;
-        CopyResult result = CopyInto(path, candidate, Commit::NoReplace, false, error, nullptr, &err);
+        CopyResult result = CopyInto(path, candidate, Commit::NoReplace, false, error, nullptr, &err, nullptr);
         if (result == CopyResult::Copied || result == CopyResult::CopiedTimesNotSet) return candidate;
         if (result == CopyResult::Failed && err == EEXIST) continue;
         if (result == CopyResult::SourceMissing) error = "Unable to make a backup of " + path + ": it has gone";

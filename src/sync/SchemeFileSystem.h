@@ -35,16 +35,38 @@ public:
                             std::vector<std::string>& folders, int* errnoOut = nullptr);
     FileInfo GetFile(const std::string& path) const { return FileInfo::FromPath(path); }
 
+    // A copy to a name that did not exist: complete and dated, but still under
+    // its temporary name until CommitPending.
+    struct PendingCopy {
+        std::string temp;
+        std::string destination;
+    };
+
     // Copies source over destination as described above; error says why it
     // failed. With backup, an existing destination is first kept by
     // BackupFile, once the new copy is ready and just before it replaces the
     // old file; when no backup can be made nothing is replaced (Failed).
+    //
+    // A file that replaces another is flushed on its own before the rename.
+    // With pending given, a copy to a new name is instead left in its
+    // temporary file and added to pending, so that many new files cost one
+    // flush of the disk instead of one each (a first copy of a whole tree
+    // would otherwise be many times slower than cp).
     CopyResult CopyFile(const std::string& source, const std::string& destination, bool backup,
-                        std::string& error, std::string* backupPath = nullptr);
+                        std::string& error, std::string* backupPath = nullptr,
+                        std::vector<PendingCopy>* pending = nullptr);
+    // Flushes the file systems holding the pending copies, then gives each its
+    // name (never over a file that has appeared there since) and flushes
+    // again. Answers one text per copy: "" when it is in place, else why not
+    // (its temporary file is then gone). Empties pending.
+    std::vector<std::string> CommitPending(std::vector<PendingCopy>& pending);
     // Keeps a copy of path under the first free name path + "~0000.BAK",
     // "~0001.BAK", ... Earlier backups are never touched. Answers the backup's
     // path, or "" (with error set) when none could be made.
     std::string BackupFile(const std::string& path, std::string& error);
+
+    // Makes the entries of a folder (a rename, a new name) durable.
+    virtual void FlushFolder(const std::string& folder);
 
     // The name a backup number gives: "Site.SXS~0007.BAK".
     static std::string BackupName(const std::string& path, unsigned number);
@@ -56,11 +78,14 @@ protected:
     virtual bool ApplyTimes(int out, const std::timespec times[2]);
     // Makes out durable.
     virtual bool Flush(int out);
+    // Makes everything written to the file system holding folder durable.
+    virtual bool FlushFileSystem(const std::string& folder);
 
 private:
     enum class Commit { Replace, NoReplace };
     CopyResult CopyInto(const std::string& source, const std::string& destination, Commit commit,
-                        bool backup, std::string& error, std::string* backupPath, int* errnoOut);
+                        bool backup, std::string& error, std::string* backupPath, int* errnoOut,
+                        std::vector<PendingCopy>* pending);
 };
 
 }  // namespace meridex

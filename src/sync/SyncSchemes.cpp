@@ -217,7 +217,28 @@ void SyncSchemes::GetSchemeList(const std::string& remotePath, const std::string
     }
 }
 
+std::vector<std::string>* SyncSchemes::Listing(const std::string& folder, int* errnoOut) {
+    auto found = listings_.find(folder);
+    if (found != listings_.end()) return &found->second;
+    std::vector<std::string> files;
+    std::vector<std::string> folders;
+    if (!fs_->ListFolder(folder, files, folders, errnoOut)) return nullptr;
+    return &listings_.emplace(folder, std::move(files)).first->second;
+}
+
+void SyncSchemes::CommitPending() {
+    if (pending_.empty()) return;
+    std::vector<std::string> errors = fs_->CommitPending(pending_);
+    for (std::size_t i = 0; i < errors.size(); ++i) {
+        // One entry per scheme, for the first of its files that failed.
+        if (!errors[i].empty() && (i == 0 || !(pendingItems_[i] == pendingItems_[i - 1]) || errors[i - 1].empty()))
+            AddError(pendingItems_[i], errors[i]);
+    }
+    pendingItems_.clear();
+}
+
 void SyncSchemes::Sync() {
+    listings_.clear();
     try {
         long total = 0;
         for (const auto* list : {&newerLocal_, &newerRemote_})
@@ -233,10 +254,17 @@ void SyncSchemes::Sync() {
                 auto progress = static_cast<std::int16_t>(total > 0 ? done * 100 / total : 0);
                 ++done;
                 SyncItem(item, list == &newerLocal_, progress);
+                // Bounds what a crash could leave behind as hidden temporary files.
+                if (pending_.size() >= 512) CommitPending();
             }
         }
     } catch (...) {
     }
+    try {
+        CommitPending();
+    } catch (...) {
+    }
+    listings_.clear();
 }
 
 void SyncSchemes::SyncItem(const SchemeFileItem& item, bool fromLocalList, std::int16_t progress) {
@@ -255,7 +283,7 @@ void SyncSchemes::SyncItem(const SchemeFileItem& item, bool fromLocalList, std::
         if (update && !fs_->FolderExists(destination)) FileOps::CreateFolderPath(Absolute(destination) + "/");
         RaiseCopyFiles(Join(source, base), destination, progress);
         std::string error;
-        if (!CopyFamily(source, base, destination, error)) AddError(item, error);
+        if (!CopyFamily(item, source, base, destination, error)) AddError(item, error);
     } catch (const Error& e) {
         AddError(item, e.Description());
     } catch (const std::exception& e) {
@@ -266,19 +294,18 @@ void SyncSchemes::SyncItem(const SchemeFileItem& item, bool fromLocalList, std::
 // Family members are the files named base + "." + one of the copied
 // extensions. A name with a further full stop is not a member: so
 // "Site.SXS~0000.BAK", a backup, never lands on the other side as "Site.BAK".
-bool SyncSchemes::CopyFamily(const std::string& sourceFolder, const std::string& base,
+bool SyncSchemes::CopyFamily(const SchemeFileItem& item, const std::string& sourceFolder, const std::string& base,
                              const std::string& destinationFolder, std::string& error) {
-    std::vector<std::string> files;
-    std::vector<std::string> folders;
     int err = 0;
-    if (!fs_->ListFolder(sourceFolder, files, folders, &err)) {
+    const std::vector<std::string>* listing = Listing(sourceFolder, &err);
+    if (!listing) {
         if (err == ENOENT || err == ENOTDIR) return true;  // nothing there to copy
         error = "Unable to read folder " + sourceFolder + ": " + std::strerror(err);
         return false;
     }
     const auto& extensions = CopiedExtensions();
     std::vector<std::pair<std::size_t, std::string>> members;
-    for (const auto& name : files) {
+    for (const auto& name : *listing) {
         if (name.size() <= base.size() + 1 || name[base.size()] != '.') continue;
         if (!Text::EqualsIgnoreCase(std::string_view(name).substr(0, base.size()), base)) continue;
         std::string extension = Text::ToUpper(std::string_view(name).substr(base.size() + 1));
@@ -290,9 +317,14 @@ bool SyncSchemes::CopyFamily(const std::string& sourceFolder, const std::string&
     std::stable_sort(members.begin(), members.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
 
-    if (!fs_->FolderExists(destinationFolder)) FileOps::CreateFolderPath(Absolute(destinationFolder) + "/");
-    std::vector<std::string> existing;
-    fs_->ListFolder(destinationFolder, existing, folders);
+    if (!fs_->FolderExists(destinationFolder)) {
+        FileOps::CreateFolderPath(Absolute(destinationFolder) + "/");
+        listings_.erase(destinationFolder);
+    }
+    std::vector<std::string> none;
+    std::vector<std::string>* listed = Listing(destinationFolder, nullptr);
+    std::vector<std::string>& existing = listed ? *listed : none;
+    bool replaced = false;
 
     for (const auto& member : members) {
         if (cancel_) return true;
@@ -300,7 +332,8 @@ bool SyncSchemes::CopyFamily(const std::string& sourceFolder, const std::string&
         const std::string* present = FindName(existing, member.second);
         const std::string destination = Join(destinationFolder, present ? *present : member.second);
         if (source == destination) continue;
-        switch (fs_->CopyFile(source, destination, true, error)) {
+        const std::size_t pendingBefore = pending_.size();
+        switch (fs_->CopyFile(source, destination, true, error, nullptr, &pending_)) {
             case SchemeFileSystem::CopyResult::Copied:
                 break;
             case SchemeFileSystem::CopyResult::CopiedTimesNotSet:
@@ -309,13 +342,15 @@ bool SyncSchemes::CopyFamily(const std::string& sourceFolder, const std::string&
             case SchemeFileSystem::CopyResult::SourceMissing:
                 continue;  // gone since the folder was read: nothing to copy
             case SchemeFileSystem::CopyResult::Failed:
+                if (replaced) fs_->FlushFolder(destinationFolder);
                 return false;
         }
-        if (!present) {
-            existing.push_back(member.second);
-            std::sort(existing.begin(), existing.end());
-        }
+        if (pending_.size() > pendingBefore) pendingItems_.push_back(item);
+        replaced = replaced || present;
+        if (!present) existing.insert(std::lower_bound(existing.begin(), existing.end(), member.second), member.second);
     }
+    // Backups and replacements in this folder are made durable together.
+    if (replaced) fs_->FlushFolder(destinationFolder);
     return true;
 }
 

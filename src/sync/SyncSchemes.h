@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "sync/SchemeFileCollection.h"
@@ -74,8 +75,12 @@ private:
     struct Side;
     bool Scan(Side& side);
     void SyncItem(const SchemeFileItem& item, bool fromLocalList, std::int16_t progress);
-    bool CopyFamily(const std::string& sourceFolder, const std::string& base, const std::string& destinationFolder,
-                    std::string& error);
+    bool CopyFamily(const SchemeFileItem& item, const std::string& sourceFolder, const std::string& base,
+                    const std::string& destinationFolder, std::string& error);
+    // The files of a folder, read once per Sync and kept up to date with what
+    // Sync itself writes there.
+    std::vector<std::string>* Listing(const std::string& folder, int* errnoOut);
+    void CommitPending();
     std::string ResolveFolder(const std::string& root, const std::string& relativeFolder);
     void AddError(SchemeFileItem item, const std::string& description);
 
@@ -84,6 +89,9 @@ private:
     void RaiseCopyFilesError(const std::string& source, const std::string& destination);
 
     std::shared_ptr<SchemeFileSystem> fs_;
+    std::unordered_map<std::string, std::vector<std::string>> listings_;
+    std::vector<SchemeFileSystem::PendingCopy> pending_;
+    std::vector<SchemeFileItem> pendingItems_;
     SyncEvents* events_ = nullptr;
     SchemeFileCollection newerLocal_;
     SchemeFileCollection newerRemote_;

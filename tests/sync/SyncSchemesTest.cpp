@@ -210,6 +210,18 @@ TEST(SyncSchemes, FailuresAreReportedAndTheCopyingGoesOn) {
     EXPECT_EQ(sync.Errors().Count(), 2);
     EXPECT_EQ(TempDir::Read(t.remote + "/A/One.SXS"), "one");
     EXPECT_EQ(TempDir::Read(t.remote + "/A/One.SXS~0000.BAK"), "the only good copy");
+
+    // The disk fills up: new copies are not put in place and leave nothing behind.
+    faulty->ghostFiles.clear();
+    faulty->failFlush = true;
+    t.L("C/Three.SXS", "three", T);
+    t.L("C/Three.XML", "three xml", T);
+    SyncSchemes full(faulty);
+    full.GetSchemeList(t.remote, t.local);
+    full.NewerLocalFiles().Item("/C/THREE.SXS").setSyncOptions(syncUpdate);
+    full.Sync();
+    EXPECT_EQ(Keys(full.Errors()), std::vector<std::string>{"/C/THREE.SXS"});
+    EXPECT_TRUE(Names(t.remote + "/C").empty());
 }
 
 TEST(SyncSchemes, AnUnreadableFolderIsSkippedAndNothingUnderItIsCalledOneSided) {

@@ -83,6 +83,9 @@ protected:
         }
         return SchemeFileSystem::Flush(out);
     }
+    bool FlushFileSystem(const std::string& folder) override {
+        return !failFlush && SchemeFileSystem::FlushFileSystem(folder);
+    }
 };
 
 }  // namespace meridex::test
