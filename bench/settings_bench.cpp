@@ -9,6 +9,7 @@
 #include <fstream>
 #include <string>
 
+#include "frame/XmlDocument.h"
 #include "settings/Settings.h"
 #include "settings/V4StandardProfiles.h"
 
@@ -63,6 +64,14 @@ void BareParse(benchmark::State& state) {
     }
 }
 BENCHMARK(BareParse)->Unit(benchmark::kMicrosecond);
+
+// The frame's load alone: what LoadSettings adds beyond it is the move of
+// PROFILES and the completion of the profiles.
+void XmlDocumentLoad(benchmark::State& state) {
+    const std::string& path = SettingsPath();
+    for (auto _ : state) benchmark::DoNotOptimize(XmlDocument::Load(path));
+}
+BENCHMARK(XmlDocumentLoad)->Unit(benchmark::kMicrosecond);
 
 void LoadSettings(benchmark::State& state) {
     const std::string& path = SettingsPath();

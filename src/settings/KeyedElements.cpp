@@ -37,13 +37,14 @@ std::string_view RawKeyOf(xmlNodePtr element, std::string& scratch) {
 
 }  // namespace
 
-void AppendFoldedKeys(const XmlNode& parent, std::string_view childName, std::vector<std::string>& keys) {
+void ForEachKey(const XmlNode& parent, std::string_view childName,
+                const std::function<void(std::string_view)>& visit) {
     const xmlNodePtr raw = XmlAccess::Raw(parent);
     if (!raw) return;
     std::string scratch;
     for (xmlNodePtr child = FirstNamed(raw->children, childName); child;
          child = FirstNamed(child->next, childName)) {
-        keys.push_back(Text::FoldCase(RawKeyOf(child, scratch)));
+        visit(RawKeyOf(child, scratch));
     }
 }
 

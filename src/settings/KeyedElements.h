@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <functional>
 
 #include "frame/Index.h"
 #include "frame/XmlNode.h"
@@ -13,8 +13,10 @@
 // two handles on one element never disagree.
 namespace meridex::KeyedElements {
 
-// Appends the case-folded keys (Text::FoldCase) of every child named childName to keys.
-void AppendFoldedKeys(const XmlNode& parent, std::string_view childName, std::vector<std::string>& keys);
+// Calls visit with the KEY text of every child named childName, in order
+// (the text is only valid during the call).
+void ForEachKey(const XmlNode& parent, std::string_view childName,
+                const std::function<void(std::string_view)>& visit);
 // The first child named childName whose KEY equals key ignoring case.
 XmlNode FindByKey(const XmlNode& parent, std::string_view childName, std::string_view key);
 // The child named childName at a 1-based position or with a key; null when

@@ -43,11 +43,25 @@ bool SameFile(const std::string& a, const std::string& b) {
 // One catalogue feature with what it gives each kind of loaded profile.
 struct CatalogueFeature {
     Feature feature;
-    std::string foldedKey;
     bool administrator;
     bool lockdown;
     bool other;
 };
+
+// Case-folds key into folded, reusing its buffer: loading folds every key of
+// every profile, and plain ASCII keys need no allocation.
+void FoldInto(std::string_view key, std::string& folded) {
+    const bool ascii = std::all_of(key.begin(), key.end(),
+                                   [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    if (!ascii) {
+        folded = Text::FoldCase(key);
+        return;
+    }
+    folded.assign(key);
+    for (char& c : folded) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+}
 
 }  // namespace
 
@@ -97,9 +111,12 @@ bool Settings::LoadSettings(const std::string& settingsFile) {
             const XmlNode root = document.DocumentNode().SelectSingle(kRoot);
             if (root) {
                 XmlNode profiles = root.SelectSingle(kProfiles);
+                // Already last (as every file saved here has it): moving it
+                // would change nothing but cost a walk of every profile.
+                const bool last = profiles && profiles.NextSibling().IsNull();
                 if (!profiles) profiles = XMLOps::CreateXMLElement(kProfiles);
                 // Appending moves an existing PROFILES behind every key.
-                if (root.AppendChild(profiles)) {
+                if (last || root.AppendChild(profiles)) {
                     root_ = root;
                     profiles_.setXMLNode(profiles);
                     current_ = Profile(XmlNode{});
@@ -133,28 +150,39 @@ void Settings::CompleteProfiles() const {
     const Profile standard = V4StandardProfiles::GetDefaultProfile();
 
     std::vector<CatalogueFeature> catalogue;
+    // Folded key and catalogue position, sorted, to mark what a profile has.
+    std::vector<std::pair<std::string, std::size_t>> positions;
     for (XmlNode element = administrator.XMLNode().FirstChildElement("FEATURE"); element;
          element = element.NextSiblingElement("FEATURE")) {
         Feature feature(element);
         const std::string key = feature.Key();
-        catalogue.push_back({feature, Text::FoldCase(key), feature.Available(),
-                             lockdown.FeatureAvailable(key), standard.FeatureAvailable(key)});
+        positions.emplace_back(Text::FoldCase(key), catalogue.size());
+        catalogue.push_back({feature, feature.Available(), lockdown.FeatureAvailable(key),
+                             standard.FeatureAvailable(key)});
     }
+    std::sort(positions.begin(), positions.end());
 
-    std::vector<std::string> present;
+    std::vector<bool> present(catalogue.size());
+    std::string folded;
+    const auto mark = [&](std::string_view key) {
+        FoldInto(key, folded);
+        const auto found = std::lower_bound(
+            positions.begin(), positions.end(), folded,
+            [](const auto& entry, const std::string& wanted) { return entry.first < wanted; });
+        if (found != positions.end() && found->first == folded) present[found->second] = true;
+    };
     for (XmlNode element = profiles_.XMLNode().FirstChildElement("PROFILE"); element;
          element = element.NextSiblingElement("PROFILE")) {
         const Profile profile(element);
         const std::string profileKey = profile.Key();
-        present.clear();
-        KeyedElements::AppendFoldedKeys(element, "FEATURE", present);
-        std::sort(present.begin(), present.end());
-        for (const CatalogueFeature& entry : catalogue) {
-            if (std::binary_search(present.begin(), present.end(), entry.foldedKey)) continue;
-            const Feature added = entry.feature.Clone();
-            added.setAvailable(profileKey == "ADMINISTRATOR" ? entry.administrator
-                               : profileKey == "LOCKDOWN"    ? entry.lockdown
-                                                             : entry.other);
+        std::fill(present.begin(), present.end(), false);
+        KeyedElements::ForEachKey(element, "FEATURE", mark);
+        for (std::size_t i = 0; i < catalogue.size(); ++i) {
+            if (present[i]) continue;
+            const Feature added = catalogue[i].feature.Clone();
+            added.setAvailable(profileKey == "ADMINISTRATOR" ? catalogue[i].administrator
+                               : profileKey == "LOCKDOWN"    ? catalogue[i].lockdown
+                                                             : catalogue[i].other);
             profile.Add(added);
         }
     }

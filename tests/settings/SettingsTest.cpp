@@ -17,7 +17,8 @@ const std::string kFieldCrew =
     "<V4SETTINGS><PROFILES>"
     "<PROFILE><KEY>LOCKDOWN</KEY></PROFILE>"
     "<PROFILE><KEY>Field Crew</KEY><FEATURE><KEY>v4_scheme_editor</KEY><DESCRIPTION>mine</DESCRIPTION>"
-    "</FEATURE><FEATURE><KEY>HOST_SPECIAL</KEY><AVAILABLE>-1</AVAILABLE></FEATURE></PROFILE>"
+    "</FEATURE><FEATURE><KEY>HOST_SPECIAL</KEY><AVAILABLE>-1</AVAILABLE></FEATURE>"
+    "<FEATURE><KEY>v4_\u017Fdi_test</KEY></FEATURE></PROFILE>"
     "<PROFILE><KEY>ADMINISTRATOR</KEY></PROFILE>"
     "<PROFILE><KEY>lockdown</KEY></PROFILE>"
     "</PROFILES><V4SCHEMES_PATH>C:\\Schemes</V4SCHEMES_PATH><CURRENT_PROFILE>field crew</CURRENT_PROFILE>"
@@ -131,8 +132,9 @@ TEST(Settings, LoadMovesProfilesLastAndCompletesFromTheCatalogue) {
     EXPECT_FALSE(crew.FeatureAvailable("V4_SCHEME_EDITOR"));
     EXPECT_EQ(crew.Item("V4_SCHEME_EDITOR").Description(), "mine");
     EXPECT_TRUE(crew.FeatureAvailable("HOST_SPECIAL"));
+    EXPECT_FALSE(crew.FeatureAvailable("V4_SDI_TEST"));  // its long s folds to "s"
     EXPECT_TRUE(crew.FeatureAvailable("ED_EVENTS"));
-    EXPECT_EQ(crew.Item(3).Key(), "V4_SELECT_SCHEME");  // added behind its own
+    EXPECT_EQ(crew.Item(4).Key(), "V4_SELECT_SCHEME");  // added behind its own
     // Completion is not a change the user made.
     EXPECT_TRUE(settings.Root().SelectSingle("CHANGED").IsNull());
 
