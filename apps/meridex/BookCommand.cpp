@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -104,8 +105,13 @@ int Show(const Arguments& args) {
         [&](const XmlNode& item, std::size_t depth, bool group) {
             (group ? groups : sites)++;
             const std::string path = Text(item, "PATH");
-            std::cout << std::string(2 * depth + 2, ' ') << (group ? "+ " : "- ") << Text(item, "NAME") << "    "
-                      << (path.empty() ? "(no path)" : path) << "\n";
+            // Indentation stops growing at 40 levels, so a hostile depth cannot
+            // make gigabytes of blanks; deeper items carry their level instead.
+            constexpr std::size_t kMaxIndent = 40;
+            std::cout << std::string(2 * std::min(depth, kMaxIndent) + 2, ' ');
+            if (depth > kMaxIndent) std::cout << "[level " << depth + 1 << "] ";
+            std::cout << (group ? "+ " : "- ") << Text(item, "NAME") << "    " << (path.empty() ? "(no path)" : path)
+                      << "\n";
         },
         [](std::size_t) {});
     std::cout << groups << " group(s), " << sites << " site(s)\n";

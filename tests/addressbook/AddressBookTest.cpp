@@ -132,14 +132,17 @@ TEST(AddressBook, ThousandsOfLevelsLoadFindSaveAndClear) {
         text += "<GROUP><KEY>g</KEY>";
         path += "\\g";
     }
-    text += "<SITE><KEY>s</KEY></SITE>";
+    text += "<SITE><KEY>s</KEY></SITE>";  // no PROFILE: given an empty one when looked up
     for (int i = 0; i < kDepth; ++i) text += "</GROUP>";
     const std::string file = dir.Write("deep.xml", text + "</V4ADDRESSBOOK>");
 
     AddressBook book;
     ASSERT_TRUE(book.LoadAddressBook(file));
     EXPECT_FALSE(book.FindGroup(path).IsNull());
-    EXPECT_FALSE(book.FindSite(path + "\\S").IsNull());
+    const Site site = book.FindSite(path + "\\S");
+    ASSERT_FALSE(site.IsNull());
+    EXPECT_FALSE(site.Profile().IsNull());
+    EXPECT_EQ(site.ParameterCount(), 0);
     book.SaveAddressBook();
     AddressBook again;
     ASSERT_TRUE(again.LoadAddressBook(file));

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,9 @@ protected:
         dir.Write("schemes/North/b.xml", SchemeXml({Profile("IP", "UDP", "Net")}));
         dir.Write("schemes/North/broken.xml", "<SCHEME><COMMS");
         dir.Write("schemes/North/notes.txt", "not a scheme");
+        // A link back up the tree is not followed; a dangling one is no file.
+        std::filesystem::create_directory_symlink(root, root + "/North/loop");
+        std::filesystem::create_symlink(root + "/gone.xml", root + "/North/dangling.xml");
         book.LoadAddressBook(dir.File("book.xml"));
     }
     TempDir dir;
