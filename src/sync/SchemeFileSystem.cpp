@@ -212,14 +212,19 @@ std::vector<std::string> SchemeFileSystem::CommitPending(std::vector<PendingCopy
     for (const auto& [device, folder] : fileSystems) flushed[device] = FlushFileSystem(folder);
     for (std::size_t i = 0; i < pending.size(); ++i) {
         const PendingCopy& copy = pending[i];
+        struct stat st {};
+        std::string& error = errors[i];
         if (!flushed[deviceOf[i]]) {
-            errors[i] = "Unable to write " + copy.destination + ": the disk could not be flushed";
-        } else if (!RenameNoReplace(copy.temp, copy.destination)) {
-            errors[i] = Describe("Unable to place", copy.destination, errno);
-        } else {
-            continue;
+            error = "Unable to write " + copy.destination + ": the disk could not be flushed";
+        } else if (!copy.replaces) {
+            if (!RenameNoReplace(copy.temp, copy.destination)) error = Describe("Unable to place", copy.destination, errno);
+        } else if (copy.backup && ::lstat(copy.destination.c_str(), &st) == 0 &&
+                   BackupFile(copy.destination, error).empty()) {
+            // error says why: the old file stays as it is
+        } else if (::rename(copy.temp.c_str(), copy.destination.c_str()) != 0) {
+            error = Describe("Unable to replace", copy.destination, errno);
         }
-        ::unlink(copy.temp.c_str());
+        if (!error.empty()) ::unlink(copy.temp.c_str());
     }
     for (const auto& [device, folder] : fileSystems)
         if (flushed[device]) FlushFileSystem(folder);
@@ -282,9 +287,9 @@ SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& sourc
     if (!Transfer(in.get(), out.get(), why)) return fail("Unable to copy " + source + ": " + why, EIO);
     const std::timespec times[2] = {src.st_atim, src.st_mtim};
     bool timesSet = ApplyTimes(out.get(), times);
-    if (pending && !targetExists && commit == Commit::Replace) {
+    if (pending && commit == Commit::Replace) {
         if (!out.Close()) return fail(Describe("Unable to write", destination, errno), errno);
-        pending->push_back(PendingCopy{tempPath, destination});
+        pending->push_back(PendingCopy{tempPath, destination, targetExists, backup && targetExists});
         temp.Release();
         return timesSet ? CopyResult::Copied : CopyResult::CopiedTimesNotSet;
     }
@@ -300,7 +305,7 @@ SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& sourc
                                              : RenameNoReplace(tempPath, destination);
     if (!renamed) return fail(Describe("Unable to replace", destination, errno), errno);
     temp.Release();
-    if (!pending) FlushFolder(folder);  // with pending, the caller flushes once per folder
+    FlushFolder(folder);
     return timesSet ? CopyResult::Copied : CopyResult::CopiedTimesNotSet;
 }
 

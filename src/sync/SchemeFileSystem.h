@@ -35,11 +35,13 @@ public:
                             std::vector<std::string>& folders, int* errnoOut = nullptr);
     FileInfo GetFile(const std::string& path) const { return FileInfo::FromPath(path); }
 
-    // A copy to a name that did not exist: complete and dated, but still under
-    // its temporary name until CommitPending.
+    // A complete and dated copy still under its temporary name, waiting for
+    // CommitPending.
     struct PendingCopy {
         std::string temp;
         std::string destination;
+        bool replaces = false;  // a file was there when the copy was made
+        bool backup = false;    // keep that file by BackupFile before replacing it
     };
 
     // Copies source over destination as described above; error says why it
@@ -47,18 +49,18 @@ public:
     // BackupFile, once the new copy is ready and just before it replaces the
     // old file; when no backup can be made nothing is replaced (Failed).
     //
-    // A file that replaces another is flushed on its own before the rename.
-    // With pending given, a copy to a new name is instead left in its
-    // temporary file and added to pending, so that many new files cost one
-    // flush of the disk instead of one each (a first copy of a whole tree
-    // would otherwise be many times slower than cp).
+    // Alone, each copy is flushed to disk before its rename. With pending
+    // given, the copy is left in its temporary file and added to pending, so
+    // that a whole batch costs one flush of the disk instead of one per file
+    // (flushing file by file made a sync many times slower than cp).
     CopyResult CopyFile(const std::string& source, const std::string& destination, bool backup,
                         std::string& error, std::string* backupPath = nullptr,
                         std::vector<PendingCopy>* pending = nullptr);
-    // Flushes the file systems holding the pending copies, then gives each its
-    // name (never over a file that has appeared there since) and flushes
-    // again. Answers one text per copy: "" when it is in place, else why not
-    // (its temporary file is then gone). Empties pending.
+    // Flushes the file systems holding the pending copies; only then backs up
+    // and replaces each target, or gives a new copy its name (never over a
+    // file that has appeared there since), and flushes again. Answers one
+    // text per copy: "" when it is in place, else why not (its temporary file
+    // is then gone and the target as it was). Empties pending.
     std::vector<std::string> CommitPending(std::vector<PendingCopy>& pending);
     // Keeps a copy of path under the first free name path + "~0000.BAK",
     // "~0001.BAK", ... Earlier backups are never touched. Answers the backup's

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <filesystem>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "frame/Error.h"
 #include "frame/FileOps.h"
@@ -43,12 +44,8 @@ std::string Absolute(const std::string& path) {
     return ec ? path : absolute.string();
 }
 
-// The name an entry already has in a folder, matched ignoring letter case
-// (the exact spelling first), so a copy replaces that file rather than
-// adding a second one that differs only in case.
-const std::string* FindName(const std::vector<std::string>& names, const std::string& wanted) {
-    if (std::binary_search(names.begin(), names.end(), wanted))
-        return &*std::lower_bound(names.begin(), names.end(), wanted);
+// A folder's name as it is on disk, matched ignoring letter case.
+const std::string* FindFolder(const std::vector<std::string>& names, const std::string& wanted) {
     for (const auto& name : names)
         if (Text::EqualsIgnoreCase(name, wanted)) return &name;
     return nullptr;
@@ -70,7 +67,30 @@ struct SyncSchemes::Side {
     }
 };
 
+// The files of one folder, indexed for the two questions a family copy asks:
+// which files share a base name, and what a name is spelt like on disk.
+struct SyncSchemes::FolderListing {
+    std::unordered_set<std::string> names;
+    std::unordered_map<std::string, std::string> byFolded;  // first spelling found of each name
+    std::unordered_map<std::string, std::vector<std::string>> byBase;  // folded part before the last full stop
+
+    void Add(const std::string& name) {
+        if (!names.insert(name).second) return;
+        byFolded.emplace(Text::FoldCase(name), name);
+        auto dot = name.rfind('.');
+        if (dot != std::string::npos) byBase[Text::FoldCase(std::string_view(name).substr(0, dot))].push_back(name);
+    }
+    // The exact spelling first, then any that differs only in letter case.
+    const std::string* Find(const std::string& wanted) const {
+        auto exact = names.find(wanted);
+        if (exact != names.end()) return &*exact;
+        auto folded = byFolded.find(Text::FoldCase(wanted));
+        return folded == byFolded.end() ? nullptr : &folded->second;
+    }
+};
+
 SyncSchemes::SyncSchemes() : SyncSchemes(std::make_shared<SchemeFileSystem>()) {}
+SyncSchemes::~SyncSchemes() = default;
 
 SyncSchemes::SyncSchemes(std::shared_ptr<SchemeFileSystem> fileSystem)
     : fs_(fileSystem ? std::move(fileSystem) : std::make_shared<SchemeFileSystem>()) {}
@@ -217,13 +237,15 @@ void SyncSchemes::GetSchemeList(const std::string& remotePath, const std::string
     }
 }
 
-std::vector<std::string>* SyncSchemes::Listing(const std::string& folder, int* errnoOut) {
+SyncSchemes::FolderListing* SyncSchemes::Listing(const std::string& folder, int* errnoOut) {
     auto found = listings_.find(folder);
-    if (found != listings_.end()) return &found->second;
+    if (found != listings_.end()) return found->second.get();
     std::vector<std::string> files;
     std::vector<std::string> folders;
     if (!fs_->ListFolder(folder, files, folders, errnoOut)) return nullptr;
-    return &listings_.emplace(folder, std::move(files)).first->second;
+    auto listing = std::make_unique<FolderListing>();
+    for (const auto& name : files) listing->Add(name);
+    return (listings_[folder] = std::move(listing)).get();
 }
 
 void SyncSchemes::CommitPending() {
@@ -235,6 +257,7 @@ void SyncSchemes::CommitPending() {
             AddError(pendingItems_[i], errors[i]);
     }
     pendingItems_.clear();
+    pendingDestinations_.clear();
 }
 
 void SyncSchemes::Sync() {
@@ -297,41 +320,40 @@ void SyncSchemes::SyncItem(const SchemeFileItem& item, bool fromLocalList, std::
 bool SyncSchemes::CopyFamily(const SchemeFileItem& item, const std::string& sourceFolder, const std::string& base,
                              const std::string& destinationFolder, std::string& error) {
     int err = 0;
-    const std::vector<std::string>* listing = Listing(sourceFolder, &err);
+    const FolderListing* listing = Listing(sourceFolder, &err);
     if (!listing) {
         if (err == ENOENT || err == ENOTDIR) return true;  // nothing there to copy
         error = "Unable to read folder " + sourceFolder + ": " + std::strerror(err);
         return false;
     }
+    auto family = listing->byBase.find(Text::FoldCase(base));
+    if (family == listing->byBase.end()) return true;
     const auto& extensions = CopiedExtensions();
     std::vector<std::pair<std::size_t, std::string>> members;
-    for (const auto& name : *listing) {
-        if (name.size() <= base.size() + 1 || name[base.size()] != '.') continue;
-        if (!Text::EqualsIgnoreCase(std::string_view(name).substr(0, base.size()), base)) continue;
-        std::string extension = Text::ToUpper(std::string_view(name).substr(base.size() + 1));
-        if (extension.find('.') != std::string::npos) continue;
+    for (const auto& name : family->second) {
+        std::string extension = Text::ToUpper(std::string_view(name).substr(name.rfind('.') + 1));
         auto found = std::find(extensions.begin(), extensions.end(), extension);
         if (found != extensions.end()) members.emplace_back(found - extensions.begin(), name);
     }
     if (members.empty()) return true;
-    std::stable_sort(members.begin(), members.end(),
-                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::sort(members.begin(), members.end());
 
     if (!fs_->FolderExists(destinationFolder)) {
         FileOps::CreateFolderPath(Absolute(destinationFolder) + "/");
         listings_.erase(destinationFolder);
     }
-    std::vector<std::string> none;
-    std::vector<std::string>* listed = Listing(destinationFolder, nullptr);
-    std::vector<std::string>& existing = listed ? *listed : none;
-    bool replaced = false;
+    FolderListing none;
+    FolderListing* listed = Listing(destinationFolder, nullptr);
+    FolderListing& existing = listed ? *listed : none;
 
     for (const auto& member : members) {
         if (cancel_) return true;
         const std::string source = Join(sourceFolder, member.second);
-        const std::string* present = FindName(existing, member.second);
+        const std::string* present = existing.Find(member.second);
         const std::string destination = Join(destinationFolder, present ? *present : member.second);
-        if (source == destination) continue;
+        // Two scheme files of one family (Site.SXS, Site.SXS1) bring the same
+        // files: the second need not copy what is already on its way.
+        if (source == destination || pendingDestinations_.count(destination)) continue;
         const std::size_t pendingBefore = pending_.size();
         switch (fs_->CopyFile(source, destination, true, error, nullptr, &pending_)) {
             case SchemeFileSystem::CopyResult::Copied:
@@ -342,15 +364,14 @@ bool SyncSchemes::CopyFamily(const SchemeFileItem& item, const std::string& sour
             case SchemeFileSystem::CopyResult::SourceMissing:
                 continue;  // gone since the folder was read: nothing to copy
             case SchemeFileSystem::CopyResult::Failed:
-                if (replaced) fs_->FlushFolder(destinationFolder);
                 return false;
         }
-        if (pending_.size() > pendingBefore) pendingItems_.push_back(item);
-        replaced = replaced || present;
-        if (!present) existing.insert(std::lower_bound(existing.begin(), existing.end(), member.second), member.second);
+        if (pending_.size() > pendingBefore) {
+            pendingItems_.push_back(item);
+            pendingDestinations_.insert(destination);
+        }
+        if (!present) existing.Add(member.second);
     }
-    // Backups and replacements in this folder are made durable together.
-    if (replaced) fs_->FlushFolder(destinationFolder);
     return true;
 }
 
@@ -371,7 +392,7 @@ std::string SyncSchemes::ResolveFolder(const std::string& root, const std::strin
         std::string next = Join(path, part);
         if (searching && !fs_->FolderExists(next)) {
             const std::string* match = nullptr;
-            if (fs_->ListFolder(path, files, folders)) match = FindName(folders, part);
+            if (fs_->ListFolder(path, files, folders)) match = FindFolder(folders, part);
             if (match)
                 next = Join(path, *match);
             else

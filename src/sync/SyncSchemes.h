@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "sync/SchemeFileCollection.h"
@@ -31,6 +32,7 @@ class SyncSchemes {
 public:
     SyncSchemes();
     explicit SyncSchemes(std::shared_ptr<SchemeFileSystem> fileSystem);
+    ~SyncSchemes();
     SyncSchemes(const SyncSchemes&) = delete;
     SyncSchemes& operator=(const SyncSchemes&) = delete;
 
@@ -79,7 +81,8 @@ private:
                     const std::string& destinationFolder, std::string& error);
     // The files of a folder, read once per Sync and kept up to date with what
     // Sync itself writes there.
-    std::vector<std::string>* Listing(const std::string& folder, int* errnoOut);
+    struct FolderListing;
+    FolderListing* Listing(const std::string& folder, int* errnoOut);
     void CommitPending();
     std::string ResolveFolder(const std::string& root, const std::string& relativeFolder);
     void AddError(SchemeFileItem item, const std::string& description);
@@ -89,9 +92,10 @@ private:
     void RaiseCopyFilesError(const std::string& source, const std::string& destination);
 
     std::shared_ptr<SchemeFileSystem> fs_;
-    std::unordered_map<std::string, std::vector<std::string>> listings_;
+    std::unordered_map<std::string, std::unique_ptr<FolderListing>> listings_;
     std::vector<SchemeFileSystem::PendingCopy> pending_;
     std::vector<SchemeFileItem> pendingItems_;
+    std::unordered_set<std::string> pendingDestinations_;
     SyncEvents* events_ = nullptr;
     SchemeFileCollection newerLocal_;
     SchemeFileCollection newerRemote_;

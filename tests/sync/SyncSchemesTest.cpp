@@ -129,11 +129,12 @@ TEST(SyncSchemes, UpdateCopiesTheListedExtensionsWithExactTimesAndBacksUpWhatItR
     sync.GetSchemeList(t.remote, t.local);
     sync.NewerLocalFiles().Item("/SUB DIR/SITE.SXS").setSyncOptions(syncUpdate);
     sync.NewerLocalFiles().Item("/ÜNÏCÖDÉ/MËTER.SXS").setSyncOptions(syncUpdate);
+    sync.NewerLocalFiles().Item("/SUB DIR/SITE.SXS1").setSyncOptions(syncUpdate);  // the same family again
     sync.Sync();
     EXPECT_EQ(sync.Errors().Count(), 0);
-    ASSERT_EQ(events.copies.size(), 2u);
+    ASSERT_EQ(events.copies.size(), 3u);
     EXPECT_EQ(events.copies[0], t.local + "/Sub Dir/Site -> " + t.remote + "/SUB DIR");
-    EXPECT_EQ(events.progress, (std::vector<int>{0, 50}));
+    EXPECT_EQ(events.progress, (std::vector<int>{0, 33, 66}));
 
     EXPECT_EQ(Names(t.remote + "/SUB DIR"),
               (std::vector<std::string>{"Site.XML", "Site.bak", "site.sxs", "site.sxs~0000.BAK"}));
