@@ -190,11 +190,9 @@ void Settings::CompleteProfiles() const {
 
 bool Settings::KeepUnreadableBefore(const std::string& target) {
     if (unreadablePath_.empty() || !SameFile(unreadablePath_, target)) return true;
-    if (FileOps::KeepUnreadableFile(unreadablePath_).empty()) {
-        // Nothing to keep is fine; a copy that failed is not.
-        std::error_code ec;
-        const auto size = fs::file_size(unreadablePath_, ec);
-        if (!ec && size > 0) return false;
+    // Nothing to keep (the file has gone) is fine; a copy that failed is not.
+    if (FileOps::KeepUnreadableFile(unreadablePath_).empty() && FileOps::FileExists(unreadablePath_)) {
+        return false;
     }
     unreadablePath_.clear();
     return true;
@@ -203,6 +201,7 @@ bool Settings::KeepUnreadableBefore(const std::string& target) {
 bool Settings::SaveSettings(const std::string& newSettingsFile) {
     try {
         if (!newSettingsFile.empty()) path_ = newSettingsFile;
+        // Refused before an unreadable file is kept, so a refusal leaves no copy.
         if (path_.empty() || IsReadOnlyFile(path_)) return false;
         if (!KeepUnreadableBefore(path_)) return false;
         std::string text = root_.Xml();

@@ -286,6 +286,15 @@ TEST(Settings, SaveThatCannotWriteLeavesTheOldFileAlone) {
     EXPECT_EQ(TempDir::Read(path), kFieldCrew);
     fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
 
+    // A read-only file that could not be read: refused before any copy is kept.
+    const std::string broken = dir.Write("broken.xml", "<V4SETTINGS>");
+    fs::permissions(broken, fs::perms::owner_read);
+    Settings fromBroken;
+    EXPECT_FALSE(fromBroken.LoadSettings(broken));
+    EXPECT_FALSE(fromBroken.SaveSettings());
+    EXPECT_FALSE(fs::exists(broken + ".unreadable"));
+    EXPECT_EQ(TempDir::Read(broken), "<V4SETTINGS>");
+
     // The folder has gone.
     const std::string gone = dir.File("gone/V4Settings.xml");
     fs::create_directories(dir.File("gone"));
