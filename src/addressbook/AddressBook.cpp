@@ -57,6 +57,10 @@ bool AddressBook::LoadAddressBook(const std::string& path) {
 }
 
 void AddressBook::SaveAddressBook(const std::string& path) {
+    if (root_.IsNull()) {
+        throw Error(ErrorNumber::ObjectRequired, "AddressBook:SaveAddressBook",
+                    "The address book has not been loaded, so there is nothing to save");
+    }
     const std::string target = path.empty() ? path_ : path;
     if (target.empty()) {
         throw Error(ErrorNumber::PathNotFound, "AddressBook:SaveAddressBook",

@@ -29,8 +29,9 @@ public:
     // the first save replaces it.
     bool LoadAddressBook(const std::string& path);
     // Saves to path (which then becomes the book's path) or, when it is empty,
-    // to the book's path. Throws Error when the file cannot be written; the
-    // book's path and the file on disk are then as they were.
+    // to the book's path. Throws Error when the file cannot be written (or
+    // nothing was loaded yet); the book's path and the file on disk are then
+    // as they were.
     void SaveAddressBook(const std::string& path = {});
 
     const std::string& FilePath() const noexcept { return path_; }
@@ -38,8 +39,8 @@ public:
     // A new view on the root (none before the first load).
     SiteGroup Sites() const;
     // The site a path leads to; none when its last part names no site of the
-    // group reached. Throws Error when the path has no backslash or a group
-    // part names no group.
+    // group reached. Throws Error when the path has no backslash, a group
+    // part names no group, or nothing was loaded yet.
     Site FindSite(std::string_view path) const;
     // The group a path leads to; none when a part names no group, and for a
     // path without a backslash (the root is never returned).

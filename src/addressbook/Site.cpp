@@ -26,10 +26,11 @@ XmlNode Site::Profile() const { return node_.SelectSingle("PROFILE"); }
 
 void Site::setProfile(const XmlNode& profile) const {
     if (node_.IsNull()) return;
-    if (const XmlNode current = Profile(); !current.IsNull() && !(current == profile)) {
-        node_.RemoveChild(current);
-    }
-    if (!profile.IsNull()) node_.AppendChild(profile);
+    const XmlNode current = Profile();
+    // The new profile goes in first, so one that cannot be moved here (the
+    // site itself, or an element holding it) leaves the old one in place.
+    if (!profile.IsNull() && node_.AppendChild(profile).IsNull()) return;
+    if (!current.IsNull() && !(current == profile)) node_.RemoveChild(current);
 }
 
 std::string Site::Path() const { return node_.SelectSingle("PATH").Text(); }

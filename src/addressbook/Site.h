@@ -28,8 +28,9 @@ public:
 
     // The PROFILE child (null when there is none).
     XmlNode Profile() const;
-    // Removes the current PROFILE, then appends profile (moved from wherever
-    // it is) when it is not null. It should be named PROFILE.
+    // Replaces the current PROFILE by profile (moved from wherever it is), or
+    // removes it when profile is null. It should be named PROFILE. A profile
+    // that cannot be moved here changes nothing.
     void setProfile(const XmlNode& profile) const;
 
     std::string Path() const;

@@ -29,6 +29,8 @@ TEST(AddressBook, MissingFileGivesAnEmptyBookSavedWhereItWasLooked) {
     TempDir dir;
     AddressBook book;
     EXPECT_TRUE(book.Sites().IsNull()) << "nothing before a load";
+    EXPECT_THROW(book.SaveAddressBook(dir.File("AddressBook.xml")), Error);
+    EXPECT_FALSE(std::filesystem::exists(dir.File("AddressBook.xml")));
     EXPECT_FALSE(book.LoadAddressBook(dir.File("AddressBook.xml")));
     EXPECT_EQ(book.Sites().SiteCount(), 0);
     EXPECT_EQ(book.Sites().GroupCount(), 0);

@@ -68,6 +68,8 @@ TEST(Site, BindingAndProfileReplacement) {
     site.setProfile(profile);
     EXPECT_EQ(bare.CountChildElements("PROFILE"), 1u);
     EXPECT_EQ(site.Parameter("TYPE").Text(), "IP");
+    site.setProfile(bare);  // cannot go inside itself: the profile stays
+    EXPECT_EQ(site.Parameter("TYPE").Text(), "IP");
     site.setProfile(XmlNode());
     EXPECT_TRUE(site.Profile().IsNull());
     // Adding a parameter to a site that lost its profile gives it a new one.
