@@ -5,7 +5,8 @@
 # a site up by its path and adds a site of its own.
 set -euo pipefail
 cd "$WORK"
-book=AddressBook.xml
+mkdir -p addressbook
+book=addressbook/AddressBook.xml  # not there yet: the book starts empty
 
 section "Address book: import the schemes below import/ into a new, empty book"
 "$MERIDEX" book import "$book" import
