@@ -6,7 +6,6 @@
 
 #include "frame/Text.h"
 #include "frame/XMLOps.h"
-#include "frame/XmlAccess.h"
 
 namespace meridex {
 
@@ -103,28 +102,18 @@ bool SiteGroup::AddGroup(const SiteGroup& group) const {
 }
 
 std::string SiteGroup::PathFor(std::string_view key) const {
-    // Walked on the raw tree without recursion or views: groups may nest
-    // thousands deep, and every add walks up to the root. The receiving group
-    // and the root, which may have thousands of children and (the root
-    // normally) no NAME, are answered by the key index.
+    // Walked up without recursion: groups may nest thousands deep, and every
+    // add walks up to the root. The receiving group and the root, which may
+    // have thousands of children and (the root normally) no NAME, are
+    // answered by the key index.
     std::vector<std::string> names;
-    for (xmlNodePtr group = XmlAccess::Raw(node_); group != nullptr && group->type == XML_ELEMENT_NODE;
-         group = group->parent) {
-        const bool root = xmlStrEqual(group->name, BAD_CAST "V4ADDRESSBOOK") != 0;
-        if (root || group == XmlAccess::Raw(node_)) {
-            names.push_back(index_->NameElement(XmlAccess::View(group)).Text());
+    std::string scratch;
+    for (XmlNode group = node_; group.IsElement(); group = group.Parent()) {
+        const bool root = group.Name() == "V4ADDRESSBOOK";
+        if (root || group == node_) {
+            names.push_back(index_->NameElement(group).Text());
         } else {
-            std::string name;
-            for (xmlNodePtr child = group->children; child != nullptr; child = child->next) {
-                if (child->type == XML_ELEMENT_NODE && xmlStrEqual(child->name, BAD_CAST "NAME")) {
-                    if (xmlChar* text = xmlNodeGetContent(child)) {
-                        name = reinterpret_cast<const char*>(text);
-                        xmlFree(text);
-                    }
-                    break;
-                }
-            }
-            names.push_back(std::move(name));
+            names.emplace_back(group.ChildText("NAME", scratch));
         }
         if (root) break;
     }

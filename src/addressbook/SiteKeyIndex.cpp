@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "frame/Text.h"
-#include "frame/XmlAccess.h"
 
 namespace meridex {
 
@@ -34,8 +33,7 @@ SiteKeyIndex::DocState& SiteKeyIndex::StateOf(const XmlDocument& document) {
 }
 
 void SiteKeyIndex::Check(DocState& state, bool absorb) {
-    const xmlimpl::DocHolder* holder = XmlAccess::Holder(state.document);
-    const std::uint64_t unlinks = holder != nullptr ? holder->unlinkGeneration : 0;
+    const std::uint64_t unlinks = state.document.EditGeneration();
     if (unlinks != state.unlinks) {
         state.unlinks = unlinks;
         if (!absorb) ++state.epoch;

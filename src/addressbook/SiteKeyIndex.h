@@ -19,18 +19,15 @@ namespace meridex {
 // children, trusted only while
 //  - the group's last child is the one the entry saw last (anything appended
 //    at the end, through any view, is noticed);
-//  - nothing in the document has been unlinked by anyone but the owner of
-//    this index (the document counts unlinks: removed elements, and every
-//    rewrite of a non-empty text such as a KEY, through any view or XMLOps);
+//  - the document's edit generation is unchanged apart from the owner's own
+//    edits (it moves with every edit except an append at the end: removed
+//    elements, inserts before another node, every text rewritten, such as a
+//    KEY, through any view or XMLOps);
 //  - the children that had no KEY still have none;
 //  - a hit still is a child of the group and still carries the key.
 // Otherwise the entry is rebuilt from the document. The owning views keep
 // entries in step with their own appends and key writes, so adding thousands
 // of sites to one group costs no rescans.
-//
-// Not noticed: an element inserted before the last child of a group with
-// XmlNode::InsertBefore while nothing in the document is unlinked. The views
-// and XMLOps never do that; raw DOM code that does should Forget the group.
 class SiteKeyIndex {
 public:
     enum class Kind { Site = 0, Group = 1 };

@@ -161,7 +161,7 @@ void MarkDocumentChanged(const XmlNode& node) {
     // root with thousands of children.
     xmlimpl::DocHolder* holder = xmlimpl::HolderOf(doc);
     XmlNode mark;
-    if (holder->changedMark && holder->changedMarkGeneration == holder->unlinkGeneration &&
+    if (holder->changedMark && holder->changedMarkGeneration == holder->editGeneration &&
         holder->changedMark->parent == root) {
         mark = XmlAccess::View(holder->changedMark);
     } else {
@@ -172,7 +172,7 @@ void MarkDocumentChanged(const XmlNode& node) {
             if (!mark || !rootView.AppendChild(mark)) return;
         }
         holder->changedMark = XmlAccess::Raw(mark);
-        holder->changedMarkGeneration = holder->unlinkGeneration;
+        holder->changedMarkGeneration = holder->editGeneration;
     }
     mark.SetText("-1");
 }

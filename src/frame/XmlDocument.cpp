@@ -142,6 +142,8 @@ XmlDocument XmlDocument::Load(const std::string& path, std::string* error) {
     return Parse(bytes, error);
 }
 
+std::uint64_t XmlDocument::EditGeneration() const noexcept { return holder_ ? holder_->editGeneration : 0; }
+
 XmlNode XmlDocument::DocumentNode() const {
     return holder_ ? XmlAccess::View(reinterpret_cast<xmlNodePtr>(holder_->doc)) : XmlNode();
 }

@@ -1,4 +1,5 @@
 #pragma once
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -38,6 +39,12 @@ public:
     XmlNode DocumentNode() const;
     // The first element child of the document.
     XmlNode DocumentElement() const;
+
+    // Changes with every edit of the document except an append at the end of
+    // a child list: a removal, an insert before another node, a text
+    // rewritten. Indexes that keep up with their own appends use it to know
+    // when anything else has changed.
+    std::uint64_t EditGeneration() const noexcept;
 
     // New, detached nodes held by this document until appended somewhere.
     // CreateElement answers null for a name that is not a valid XML name.

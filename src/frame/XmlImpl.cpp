@@ -139,7 +139,7 @@ void AddOrphan(xmlNodePtr node) {
 void Detach(xmlNodePtr node) {
     if (!node->parent) return;
     DocHolder* holder = HolderOf(node->doc);
-    ++holder->unlinkGeneration;
+    ++holder->editGeneration;
     xmlUnlinkNode(node);
     ReconcileNamespaces(node);
     FreeIfUnviewed(holder, node);
@@ -171,7 +171,7 @@ bool MoveInto(xmlNodePtr parent, xmlNodePtr child, xmlNodePtr ref) {
     DocHolder* newHolder = HolderOf(newDoc);
 
     if (child->parent) {
-        ++oldHolder->unlinkGeneration;
+        ++oldHolder->editGeneration;
         xmlUnlinkNode(child);
     } else {
         oldHolder->orphans.erase(child);
@@ -186,6 +186,8 @@ bool MoveInto(xmlNodePtr parent, xmlNodePtr child, xmlNodePtr ref) {
         });
         newHolder->refs += moved;
     }
+
+    if (ref) ++newHolder->editGeneration;
 
     // Linked by hand: libxml2's own add functions merge adjacent text nodes
     // and free one of them, which would pull a node from under its views.

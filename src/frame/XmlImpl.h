@@ -24,9 +24,10 @@ struct DocHolder {
     // or the document ends.
     std::unordered_set<xmlNodePtr> orphans;
     std::size_t sweepAt = 64;
-    // Bumped whenever an attached node is unlinked, so raw pointers cached
-    // under an unchanged generation are still in the tree.
-    std::uint64_t unlinkGeneration = 0;
+    // Bumped by every edit except an append at the end of a child list (an
+    // unlink, an insert before another node, a text node rewritten), so raw
+    // pointers cached under an unchanged generation are still in the tree.
+    std::uint64_t editGeneration = 0;
     xmlNodePtr changedMark = nullptr;
     std::uint64_t changedMarkGeneration = 0;
 };

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "frame/Text.h"
 #include "frame/XmlAccess.h"
 #include "frame/XmlDocument.h"
 #include "frame/XmlImpl.h"
@@ -162,6 +163,7 @@ void XmlNode::SetText(std::string_view text) const {
         case XML_CDATA_SECTION_NODE:
         case XML_COMMENT_NODE:
         case XML_PI_NODE:
+            ++xmlimpl::HolderOf(node->doc)->editGeneration;
             xmlNodeSetContentLen(node, reinterpret_cast<const xmlChar*>(clean.data()), static_cast<int>(clean.size()));
             break;
         default:
@@ -200,6 +202,58 @@ std::size_t XmlNode::CountChildElements(std::string_view name) const {
         if (NameIs(child, name)) ++count;
     }
     return count;
+}
+
+namespace {
+
+std::string_view RawChildText(xmlNodePtr element, std::string_view name, std::string& scratch) {
+    xmlNodePtr child = NextElement(element->children, name);
+    if (!child || !child->children) return {};
+    xmlNodePtr text = child->children;
+    if (!text->next && text->type == XML_TEXT_NODE && text->content) return reinterpret_cast<const char*>(text->content);
+    xmlChar* content = xmlNodeGetContent(child);
+    scratch = content ? reinterpret_cast<const char*>(content) : "";
+    xmlFree(content);
+    return scratch;
+}
+
+}  // namespace
+
+std::string_view XmlNode::ChildText(std::string_view name, std::string& scratch) const {
+    xmlNodePtr node = XmlAccess::Raw(*this);
+    if (!node || name.empty() || name == "*") return {};
+    return RawChildText(node, name, scratch);
+}
+
+XmlNode XmlNode::FindChildByChildText(std::string_view childName, std::string_view keyName, std::string_view key,
+                                      bool ignoreCase) const {
+    xmlNodePtr node = XmlAccess::Raw(*this);
+    if (!node || keyName.empty() || keyName == "*") return {};
+    std::string scratch;
+    for (xmlNodePtr child = NextElement(node->children, childName); child; child = NextElement(child->next, childName)) {
+        const std::string_view text = RawChildText(child, keyName, scratch);
+        const bool equal = !ignoreCase ? text == key : Text::EqualsIgnoreCase(text, key);
+        if (equal) return XmlAccess::View(child);
+    }
+    return {};
+}
+
+void XmlNode::ForEachChildText(std::string_view childName, std::string_view keyName,
+                               const std::function<void(std::string_view)>& visit) const {
+    xmlNodePtr node = XmlAccess::Raw(*this);
+    if (!node || keyName.empty() || keyName == "*") return;
+    std::string scratch;
+    for (xmlNodePtr child = NextElement(node->children, childName); child; child = NextElement(child->next, childName))
+        visit(RawChildText(child, keyName, scratch));
+}
+
+XmlNode XmlNode::ChildElementAt(std::string_view childName, long long position) const {
+    xmlNodePtr node = XmlAccess::Raw(*this);
+    if (!node || position < 1) return {};
+    for (xmlNodePtr child = NextElement(node->children, childName); child; child = NextElement(child->next, childName)) {
+        if (--position == 0) return XmlAccess::View(child);
+    }
+    return {};
 }
 
 std::vector<XmlNode> XmlNode::ChildNodes() const {

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -62,6 +63,25 @@ public:
     std::vector<XmlNode> SelectAll(std::string_view path) const;
     // Number of direct element children named name ("*" or empty: all).
     std::size_t CountChildElements(std::string_view name = {}) const;
+
+    // Read-only lookups for hot paths: they walk the children without making
+    // a view (or copying text) per child.
+    //
+    // The text of the first child element named name ("" when none). The
+    // view points into the document, or into scratch when the text is not a
+    // single text node; it is valid until the document or scratch changes.
+    std::string_view ChildText(std::string_view name, std::string& scratch) const;
+    // The first child element named childName whose child keyName holds
+    // exactly key, letter case ignored (all of Unicode) when ignoreCase.
+    XmlNode FindChildByChildText(std::string_view childName, std::string_view keyName, std::string_view key,
+                                 bool ignoreCase = true) const;
+    // The child element named childName at a 1-based position; null when
+    // there is none.
+    XmlNode ChildElementAt(std::string_view childName, long long position) const;
+    // Calls visit with the text of keyName in each child element named
+    // childName, in document order (the text is valid during the call).
+    void ForEachChildText(std::string_view childName, std::string_view keyName,
+                          const std::function<void(std::string_view)>& visit) const;
 
     std::vector<XmlNode> ChildNodes() const;  // every kind
     XmlNode FirstChild() const;

@@ -3,72 +3,23 @@
 #include <algorithm>
 #include <limits>
 
-#include "frame/Text.h"
-// The host asks for a feature by key once per command; the lookups below walk
-// the tree read-only without making a view (and an allocation) per child.
-#include "frame/XmlAccess.h"
-
 namespace meridex::KeyedElements {
 
-namespace {
-
-bool IsNamed(xmlNodePtr node, std::string_view name) {
-    if (node->type != XML_ELEMENT_NODE || !node->name) return false;
-    return std::string_view(reinterpret_cast<const char*>(node->name)) == name;
-}
-
-xmlNodePtr FirstNamed(xmlNodePtr node, std::string_view name) {
-    while (node && !IsNamed(node, name)) node = node->next;
-    return node;
-}
-
-// The KEY text of an element, without a copy when KEY holds one text node
-// (always, in documents this library writes); scratch holds any other form.
-std::string_view RawKeyOf(xmlNodePtr element, std::string& scratch) {
-    const xmlNodePtr key = FirstNamed(element->children, "KEY");
-    if (!key || !key->children) return {};
-    const xmlNodePtr text = key->children;
-    if (!text->next && text->type == XML_TEXT_NODE && text->content) {
-        return reinterpret_cast<const char*>(text->content);
-    }
-    scratch = XmlAccess::View(key).Text();
-    return scratch;
-}
-
-}  // namespace
+// The host asks for a feature by key once per command; these lookups use the
+// views' read-only walks, which make no view (and no copy) per child.
 
 void ForEachKey(const XmlNode& parent, std::string_view childName,
                 const std::function<void(std::string_view)>& visit) {
-    const xmlNodePtr raw = XmlAccess::Raw(parent);
-    if (!raw) return;
-    std::string scratch;
-    for (xmlNodePtr child = FirstNamed(raw->children, childName); child;
-         child = FirstNamed(child->next, childName)) {
-        visit(RawKeyOf(child, scratch));
-    }
+    parent.ForEachChildText(childName, "KEY", visit);
 }
 
 XmlNode FindByKey(const XmlNode& parent, std::string_view childName, std::string_view key) {
-    const xmlNodePtr raw = XmlAccess::Raw(parent);
-    if (!raw) return {};
-    std::string scratch;
-    for (xmlNodePtr child = FirstNamed(raw->children, childName); child;
-         child = FirstNamed(child->next, childName)) {
-        if (Text::EqualsIgnoreCase(RawKeyOf(child, scratch), key)) return XmlAccess::View(child);
-    }
-    return {};
+    return parent.FindChildByChildText(childName, "KEY", key);
 }
 
 XmlNode Find(const XmlNode& parent, std::string_view childName, const Index& index) {
     if (!index.IsNumber()) return FindByKey(parent, childName, index.Key());
-    const xmlNodePtr raw = XmlAccess::Raw(parent);
-    long long position = index.Number();
-    if (!raw || position < 1) return {};
-    for (xmlNodePtr child = FirstNamed(raw->children, childName); child;
-         child = FirstNamed(child->next, childName)) {
-        if (--position == 0) return XmlAccess::View(child);
-    }
-    return {};
+    return parent.ChildElementAt(childName, index.Number());
 }
 
 std::int16_t Count(const XmlNode& parent, std::string_view childName) {

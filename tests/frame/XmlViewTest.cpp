@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+
 #include "frame/XMLFactoryLease.h"
 #include "frame/XMLOps.h"
 #include "frame/XmlDocument.h"
@@ -147,4 +149,44 @@ TEST(XmlView, ManyDetachedNodesAreReclaimedWhileViewedOnesSurvive) {
     survivor.SetText("alive");
     for (int i = 0; i < 5000; ++i) XMLOps::CreateXMLElement("TEMP").SetText("x");
     EXPECT_EQ(survivor.Text(), "alive");
+}
+
+TEST(XmlView, ReadOnlyKeyedLookups) {
+    XmlDocument doc = XmlDocument::Parse(
+        "<R><P><KEY>Ärzte</KEY></P><X><KEY>b</KEY></X><P><KEY>b<!--c-->c</KEY></P><P/><P><KEY>B</KEY></P></R>");
+    XmlNode root = doc.DocumentElement();
+    EXPECT_EQ(root.FindChildByChildText("P", "KEY", "ärzte"), root.FirstChildElement("P"));
+    EXPECT_EQ(root.FindChildByChildText("P", "KEY", "BC"), root.ChildElementAt("P", 2));  // text split by a comment
+    EXPECT_EQ(root.FindChildByChildText("P", "KEY", "b"), root.ChildElementAt("P", 4));
+    EXPECT_TRUE(root.FindChildByChildText("P", "KEY", "b", false).IsNull());
+    EXPECT_TRUE(root.FindChildByChildText("P", "KEY", "zzz").IsNull());
+    EXPECT_TRUE(root.ChildElementAt("P", 0).IsNull());
+    EXPECT_TRUE(root.ChildElementAt("P", 5).IsNull());
+    std::vector<std::string> keys;
+    root.ForEachChildText("P", "KEY", [&](std::string_view key) { keys.emplace_back(key); });
+    EXPECT_EQ(keys, (std::vector<std::string>{"Ärzte", "bc", "", "B"}));
+    std::string scratch;
+    EXPECT_EQ(root.ChildElementAt("P", 2).ChildText("KEY", scratch), "bc");
+    EXPECT_EQ(XmlNode().ChildText("KEY", scratch), "");
+}
+
+TEST(XmlView, EditGenerationMovesWithEveryEditButAnAppend) {
+    XmlDocument doc = XmlDocument::Parse("<R><A>x</A></R>");
+    XmlNode root = doc.DocumentElement();
+    std::uint64_t seen = doc.EditGeneration();
+    root.AppendChild(doc.CreateElement("B"));
+    EXPECT_EQ(doc.EditGeneration(), seen);
+    const auto moved = [&] {
+        const bool changed = doc.EditGeneration() != seen;
+        seen = doc.EditGeneration();
+        return changed;
+    };
+    root.InsertBefore(doc.CreateElement("C"), root.FirstChild());
+    EXPECT_TRUE(moved());
+    root.SelectSingle("A").FirstChild().SetText("y");  // the text node itself
+    EXPECT_TRUE(moved());
+    root.SelectSingle("A").SetText("z");
+    EXPECT_TRUE(moved());
+    root.RemoveChild(root.SelectSingle("B"));
+    EXPECT_TRUE(moved());
 }
