@@ -18,7 +18,7 @@ namespace {
 // Exit codes of "sync".
 constexpr int kOk = 0;
 constexpr int kFailed = 1;  // something could not be read or copied (listed under Errors)
-constexpr int kUsage = 2;   // a --revert name that is not a newer scheme
+constexpr int kUsage = 2;   // a --revert name that is not a newer scheme with a copy on the other side
 
 struct Arguments {
     std::string remote;
@@ -161,7 +161,13 @@ int Run(Arguments args) {
     // Every name must be a newer scheme before anything is copied.
     for (const auto& name : args.revert) {
         std::string key = AsKey(name);
-        if (sync.NewerLocalFiles().Exists(key) || sync.NewerRemoteFiles().Exists(key)) continue;
+        SchemeFileItem item = sync.NewerLocalFiles().Item(key);
+        if (item.IsNull()) item = sync.NewerRemoteFiles().Item(key);
+        if (!item.IsNull() && !item.OtherFile().IsNull()) continue;
+        if (!item.IsNull()) {
+            std::cerr << "meridex: " << name << " has no copy on the other side to revert to\n";
+            return kUsage;
+        }
         std::cerr << "meridex: " << name
                   << (sync.SyncedFiles().Exists(key) ? " is in step on both sides; nothing to revert\n"
                                                      : " is not a scheme that is newer on one side\n");

@@ -98,8 +98,14 @@ bool SchemeFileSystem::ListFolder(const std::string& folder, std::vector<std::st
         return false;
     }
     int fd = ::dirfd(dir);
-    errno = 0;
-    while (struct dirent* entry = ::readdir(dir)) {
+    int err = 0;
+    for (;;) {
+        errno = 0;  // readdir tells its end from a failure only by errno
+        struct dirent* entry = ::readdir(dir);
+        if (!entry) {
+            err = errno;
+            break;
+        }
         const char* name = entry->d_name;
         if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
         unsigned char type = entry->d_type;
@@ -116,9 +122,7 @@ bool SchemeFileSystem::ListFolder(const std::string& folder, std::vector<std::st
             files.emplace_back(name);
         else if (type == DT_DIR)
             folders.emplace_back(name);
-        errno = 0;
     }
-    int err = errno;
     ::closedir(dir);
     if (err != 0) {
         if (errnoOut) *errnoOut = err;

@@ -223,6 +223,16 @@ TEST(SyncSchemes, FailuresAreReportedAndTheCopyingGoesOn) {
     full.Sync();
     EXPECT_EQ(Keys(full.Errors()), std::vector<std::string>{"/C/THREE.SXS"});
     EXPECT_TRUE(Names(t.remote + "/C").empty());
+
+    // A file stands where the destination folder should be.
+    t.R("D", "a file, not a folder", T);
+    t.L("D/Four.SXS", "four", T);
+    SyncSchemes blocked;
+    blocked.GetSchemeList(t.remote, t.local);
+    blocked.NewerLocalFiles().Item("/D/FOUR.SXS").setSyncOptions(syncUpdate);
+    blocked.Sync();
+    EXPECT_TRUE(blocked.Errors().Exists("/D/FOUR.SXS"));
+    EXPECT_EQ(TempDir::Read(t.remote + "/D"), "a file, not a folder");
 }
 
 TEST(SyncSchemes, AnUnreadableFolderIsSkippedAndNothingUnderItIsCalledOneSided) {
