@@ -269,8 +269,7 @@ void SyncSchemes::Sync() {
                 if (list->Item(i).SyncOptions() != syncIgnore) ++total;
         long done = 0;
         for (auto* list : {&newerLocal_, &newerRemote_}) {
-            for (long i = 1; i <= list->Count(); ++i) {
-                if (cancel_) return;
+            for (long i = 1; i <= list->Count() && !cancel_; ++i) {
                 SchemeFileItem item = list->Item(i);
                 if (item.SyncOptions() != syncUpdate && item.SyncOptions() != syncRevert) continue;
                 // The share of the chosen schemes already done when this one starts.

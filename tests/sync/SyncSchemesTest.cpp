@@ -171,6 +171,30 @@ TEST(SyncSchemes, RevertingTwiceKeepsBothBackups) {
     EXPECT_EQ(Names(t.remote), std::vector<std::string>{"Site.SXS"});
 }
 
+TEST(SyncSchemes, CancellingStopsAtTheNextFileAndPutsFinishedCopiesInPlace) {
+    Trees t;
+    t.L("A.SXS", "a", T);
+    t.L("B.SXS", "b", T);
+    t.L("C.SXS", "c", T);
+    SyncSchemes sync;
+    struct CancelOnSecond : SyncEvents {
+        SyncSchemes* sync = nullptr;
+        int copies = 0;
+        void CopyFiles(const std::string&, const std::string&, std::int16_t) override {
+            if (++copies == 2) sync->CancelSearch();
+        }
+    } cancel;
+    cancel.sync = &sync;
+    sync.setEvents(&cancel);
+    sync.GetSchemeList(t.remote, t.local);
+    for (auto item : sync.NewerLocalFiles().Items()) item.setSyncOptions(syncUpdate);
+    sync.Sync();
+    // The flag is tested before each file: B, announced, copies nothing; C is
+    // not started; A is in place and no temporary file is left.
+    EXPECT_EQ(Names(t.remote), std::vector<std::string>{"A.SXS"});
+    EXPECT_EQ(cancel.copies, 2);
+}
+
 TEST(SyncSchemes, FailuresAreReportedAndTheCopyingGoesOn) {
     Trees t;
     t.L("A/One.SXS", "one", T + 9);
