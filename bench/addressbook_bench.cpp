@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "addressbook/AddressBook.h"
-#include "addressbook/ImportCommsProfiles.h"
+#include "comms/ImportCommsProfiles.h"
 
 namespace fs = std::filesystem;
 using namespace meridex;

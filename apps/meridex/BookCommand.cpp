@@ -9,7 +9,7 @@
 #include "Json.h"
 #include "ProgressBar.h"
 #include "addressbook/AddressBook.h"
-#include "addressbook/ImportCommsProfiles.h"
+#include "comms/ImportCommsProfiles.h"
 #include "frame/Error.h"
 #include "frame/FileOps.h"
 

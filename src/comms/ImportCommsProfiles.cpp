@@ -1,4 +1,4 @@
-#include "addressbook/ImportCommsProfiles.h"
+#include "comms/ImportCommsProfiles.h"
 
 #include <algorithm>
 #include <exception>

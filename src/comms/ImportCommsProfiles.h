@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "addressbook/ImportEvents.h"
+#include "comms/ImportEvents.h"
 #include "addressbook/SiteGroup.h"
 #include "comms/Scheme.h"
 

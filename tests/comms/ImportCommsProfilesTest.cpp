@@ -6,7 +6,7 @@
 
 #include "TempDir.h"
 #include "addressbook/AddressBook.h"
-#include "addressbook/ImportCommsProfiles.h"
+#include "comms/ImportCommsProfiles.h"
 
 namespace meridex {
 namespace {
