@@ -47,6 +47,9 @@ std::string EncodingOfInstruction(const std::string& data) {
 // Serialises the document; false when libxml2 knows no such encoding.
 bool SaveDocument(xmlDocPtr doc, const char* encoding, int options, std::string& out) {
     xmlBufferPtr buffer = xmlBufferCreate();
+    // Grown by doubling: the default exact growth copies the whole output
+    // again for every piece, which is quadratic on large documents.
+    if (buffer) xmlBufferSetAllocationScheme(buffer, XML_BUFFER_ALLOC_DOUBLEIT);
     if (!buffer) return false;
     xmlSaveCtxtPtr ctxt = xmlSaveToBuffer(buffer, encoding, options);
     if (ctxt) {

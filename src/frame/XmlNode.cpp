@@ -344,6 +344,9 @@ std::string XmlNode::Xml() const {
     if (!node) return {};
     if (node->type == XML_DOCUMENT_NODE) return XmlAccess::Document(xmlimpl::HolderOf(node->doc)).Serialize();
     xmlBufferPtr buffer = xmlBufferCreate();
+    // Grown by doubling: the default exact growth copies the whole output
+    // again for every piece, which is quadratic on large documents.
+    if (buffer) xmlBufferSetAllocationScheme(buffer, XML_BUFFER_ALLOC_DOUBLEIT);
     if (!buffer) return {};
     std::string out;
     if (xmlSaveCtxtPtr ctxt = xmlSaveToBuffer(buffer, "UTF-8", XML_SAVE_NO_DECL)) {
