@@ -19,7 +19,6 @@ std::vector<std::string> Keys(const SchemeFileCollection& list) {
     return keys;
 }
 
-bool Exists(const std::string& path) { return fs::exists(path); }
 
 // Names in a folder, hidden temporary files included.
 std::vector<std::string> Names(const std::string& folder) {
