@@ -21,7 +21,8 @@ void Feature::setKey(std::string_view key) const { XMLOps::SetXMLValue(node_, "K
 
 bool Feature::Available() const {
     // Read directly: the document helper's reader would store its default.
-    return Numeric::LeadingNumber(node_.FirstChildElement("AVAILABLE").Text()) != 0;
+    std::string scratch;
+    return Numeric::LeadingNumber(node_.ChildText("AVAILABLE", scratch)) != 0;
 }
 
 void Feature::setAvailable(bool available) const {
