@@ -42,10 +42,16 @@ public:
     explicit FreeKeys(const XmlNode& list) {
         for (const XmlNode& profile : list.SelectAll(kProfile)) used_.insert(Text::FoldCase(ChildText(profile, "KEY")));
     }
-    std::string Next() {
-        for (;; ++next_) {
-            std::string key = "PROFILE" + std::to_string(next_);
-            if (used_.insert(Text::FoldCase(key)).second) return key;
+    // taken: a key that counts as used for this one call only (the old key
+    // of a copy that is already in the list and is being given a new one).
+    std::string Next(std::string_view taken = {}) {
+        const std::string held = Text::FoldCase(taken);
+        while (used_.count(Text::FoldCase("PROFILE" + std::to_string(next_)))) ++next_;
+        for (long long n = next_;; ++n) {
+            std::string key = "PROFILE" + std::to_string(n);
+            std::string folded = Text::FoldCase(key);
+            if (folded == held || !used_.insert(folded).second) continue;
+            return key;
         }
     }
 
@@ -54,12 +60,18 @@ private:
     long long next_ = 0;
 };
 
-// A deep copy of profile appended to list under a free key.
+// A deep copy of profile appended to list, then given a new key: while it is
+// looked for, the key the copy brought along is in the list and so not free.
 XmlNode AppendCopy(const XmlNode& list, const XmlNode& profile, FreeKeys& keys) {
-    std::string key = keys.Next();
     XmlNode copy = list.AppendChild(profile.CloneNode(true));
-    SetChild(copy, "KEY", key);
+    SetChild(copy, "KEY", keys.Next(ChildText(copy, "KEY")));
     return copy;
+}
+
+// COMMPORT as the clean-up reads it: a text that is not wholly a number is port 0.
+std::optional<std::int16_t> WholePortNumber(const XmlNode& profile) {
+    if (!Numeric::IsNumeric(ChildText(profile, "COMMPORT"))) return std::int16_t{0};
+    return PortNumber(profile);
 }
 
 // The first entry of a queue of settings; the last one is kept for every
@@ -299,7 +311,9 @@ XmlNode CommsProfileManager::GetDeviceProfile(const XmlNode& Profiles, std::stri
 
 XmlNode CommsProfileManager::GetDefaultProfile(const XmlNode& SchemeProfiles) {
     for (const XmlNode& profile : SchemeProfiles.SelectAll(kProfile))
-        if (Numeric::LeadingNumber(ChildText(profile, "DEFAULT")) != 0) return profile;
+        if (const std::string mark = ChildText(profile, "DEFAULT");
+            Numeric::IsNumeric(mark) && Numeric::LeadingNumber(mark) != 0)
+            return profile;
     return {};
 }
 
@@ -308,7 +322,7 @@ void CommsProfileManager::CleanRS232Direct() {
     std::vector<XmlNode> direct = GetDeviceProfileList(root_, "RS232", "DIRECT");
     std::vector<std::optional<std::int16_t>> numbers;
     for (const XmlNode& profile : direct) {
-        numbers.push_back(PortNumber(profile));
+        numbers.push_back(WholePortNumber(profile));
         if (!numbers.back() || !ports.IsPresent(*numbers.back())) root_.RemoveChild(profile);
     }
     try {
@@ -455,9 +469,11 @@ void CommsProfileManager::MapSchemeCommsProfiles(Scheme& iScheme) {
         schemeModems.push_back(mapModems[i]);
         if (dialling.empty()) continue;
         std::string pair = TakeQueued(dialling);
+        // The first and second of its "|"-separated parts; any further part is dropped.
         std::size_t bar = pair.find('|');
         SetExisting(copy, "TELSWITCH", pair.substr(0, bar));
-        SetExisting(copy, "PHONENUMBER", bar == std::string::npos ? std::string() : pair.substr(bar + 1));
+        SetExisting(copy, "PHONENUMBER",
+                    bar == std::string::npos ? std::string() : pair.substr(bar + 1, pair.find('|', bar + 1) - bar - 1));
     }
 
     // Network links.

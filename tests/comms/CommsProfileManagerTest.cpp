@@ -130,7 +130,7 @@ TEST(CommsProfileManager, BadMapFilesGiveTheDefaultMapAndAreKeptBeforeTheyAreRep
 TEST(CommsProfileManager, ListIgnoresCaseWhileTheSingleLookupDoesNot) {
     auto document = XmlDocument::Parse(
         "<L><PROFILE><TYPE>rs232</TYPE><METHOD>Direct</METHOD><DEFAULT>0</DEFAULT></PROFILE>"
-        "<PROFILE><TYPE>RS232</TYPE><METHOD>DIRECT</METHOD><DEFAULT>abc</DEFAULT></PROFILE>"
+        "<PROFILE><TYPE>RS232</TYPE><METHOD>DIRECT</METHOD><DEFAULT>2x</DEFAULT></PROFILE>"
         "<PROFILE><TYPE>IP</TYPE><METHOD>UDP</METHOD><DEFAULT>-1</DEFAULT></PROFILE></L>");
     XmlNode list = document.DocumentElement();
     auto profiles = list.SelectAll("PROFILE");

@@ -41,16 +41,17 @@ struct Mapping : CommsFixture {
 
 TEST(MapScheme, DirectCablesFollowThisPc) {
     Mapping f{1, 3};
-    auto m = f.Map(Direct("1", "<ORVABT>True</ORVABT>") + Direct("3"));
-    XmlNode list = f.Scheme(Direct("1", "<KEY>PROFILE1</KEY>") + Direct("9", "<KEY>PROFILE2</KEY>"));
+    auto m = f.Map(Direct("3") + Direct("1", "<ORVABT>True</ORVABT>"));
+    XmlNode list = f.Scheme(Direct("1", "<KEY>PROFILE0</KEY>") + Direct("9", "<KEY>PROFILE2</KEY>"));
     m->MapSchemeCommsProfiles(f.scheme);
     auto direct = CommsProfileManager::GetDeviceProfileList(list, "RS232", "DIRECT");
     ASSERT_EQ(direct.size(), 2u);
     EXPECT_EQ(Field(direct[0], "COMMPORT"), "1");
     EXPECT_EQ(Field(direct[0], "ORVABT"), "True");
     EXPECT_EQ(Field(direct[1], "COMMPORT"), "3");
-    EXPECT_EQ(Field(direct[1], "KEY"), "PROFILE0");  // the smallest key free in the scheme
-    // Network links of the map joined the scheme, which had none.
+    // The smallest key free in the scheme once the copy is in it with its map key PROFILE1.
+    EXPECT_EQ(Field(direct[1], "KEY"), "PROFILE2");
+    // The map has nothing else to bring.
     EXPECT_EQ(Fields(list, "METHOD"), (std::vector<std::string>{"DIRECT", "DIRECT"}));
 
     // A hidden counterpart removes the scheme's profile and is not added.
@@ -79,7 +80,7 @@ TEST(MapScheme, PhoneModemsAreReplacedByThisPcsModemsCarryingTheNumber) {
     m->MapSchemeCommsProfiles(f.scheme);
     EXPECT_EQ(Fields(list, "COMMPORT"), (std::vector<std::string>{"1", "2"}));
     EXPECT_EQ(Fields(list, "TELSWITCH"), (std::vector<std::string>{"", "9"}));
-    EXPECT_EQ(Fields(list, "PHONENUMBER"), (std::vector<std::string>{"", "0123|4"}));
+    EXPECT_EQ(Fields(list, "PHONENUMBER"), (std::vector<std::string>{"", "0123"}));  // the second "|" part only
 }
 
 TEST(MapScheme, NetworkLinksAreAddedOnceAndProxiesTakeTheMapsLogin) {

@@ -36,11 +36,11 @@ void WriteCompanion(const TempDir& dir, const std::string& body) {
 
 TEST(PortDiscovery, CleanRemovesGonePortsAndAddsNewOnes) {
     CommsFixture f{1, 3};
-    auto m = MapOf(f, Direct("1", "Bench cable") + Direct("5") + Direct("") + Direct("x") + Direct("99999") +
+    auto m = MapOf(f, Direct("1", "Bench cable") + Direct("5") + Direct("") + Direct("3x") + Direct("99999") +
                           "<PROFILE><TYPE>RS232</TYPE><METHOD>PHONEMODEM</METHOD><COMMPORT>7</COMMPORT></PROFILE>");
     m->CleanRS232Direct();
-    // Gone: port 5, and the profiles whose port reads as no port at all. The
-    // modem on an absent port is not a direct profile and stays.
+    // Gone: port 5, and the profiles whose port reads as no port at all ("3x"
+    // is not a number, so port 3 is still new). The modem on an absent port is not a direct profile and stays.
     EXPECT_EQ(Fields(m->ApplicationProfiles(), "NAME"),
               (std::vector<std::string>{"Bench cable", "", "Direct to COM3"}));
     EXPECT_EQ(Fields(m->ApplicationProfiles(), "KEY"), (std::vector<std::string>{"PROFILE1", "PROFILE6", "PROFILE0"}));
