@@ -142,9 +142,9 @@ TEST(MapScheme, TheDefaultIsRepairedOrChosenFromPreferencesUsageOrTheMap) {
 TEST(MapScheme, ExactAndBestMatches) {
     Mapping f{1};
     auto m = f.Map(Direct("1") + Direct("4") +
-                   Profile("RS232", "PHONEMODEM", "1", "<PHONENUMBER>old</PHONENUMBER><TELSWITCH/>"));
+                   Profile("RS232", "PHONEMODEM", "1", "<PHONENUMBER>old</PHONENUMBER>"));
     auto document = XmlDocument::Parse(
-        "<L>" + Direct("01") + Direct("99999") + Profile("RS232", "PHONEMODEM", "1", "<PHONENUMBER>555</PHONENUMBER>") +
+        "<L>" + Direct("01") + Direct("99999") + Profile("RS232", "PHONEMODEM", "1", "<PHONENUMBER>555</PHONENUMBER><TELSWITCH>1</TELSWITCH>") +
         Profile("RS232", "PHONEMODEM", "8", "<PHONENUMBER>777</PHONENUMBER>") + Profile("IP", "UDP", "") +
         Profile("IP", "GPRSPROXY", "") + Profile("X25", "PAD", "") + "</L>");
     auto p = document.DocumentElement().SelectAll("PROFILE");
@@ -170,6 +170,7 @@ TEST(MapScheme, ExactAndBestMatches) {
     // On a present port the map's own modem keeps it.
     EXPECT_EQ(Field(m->GetBestMatch(p[2]), "PHONENUMBER"), "555");
     EXPECT_EQ(Field(m->ApplicationProfile(3), "PHONENUMBER"), "555");
+    EXPECT_FALSE(ProfileXml::HasChild(m->ApplicationProfile(3), "TELSWITCH"));  // only what it has
 
     m->RemoveApplicationProfile(m->ApplicationProfile(3));
     EXPECT_TRUE(m->GetBestMatch(p[2]).IsNull());
