@@ -4,6 +4,7 @@
 #include <limits>
 #include <vector>
 
+#include "frame/Numeric.h"
 #include "frame/Text.h"
 #include "frame/XMLOps.h"
 
@@ -50,7 +51,8 @@ std::int16_t SiteGroup::GroupCount() const { return ClampCount(node_.CountChildE
 XmlNode SiteGroup::Child(SiteKeyIndex::Kind kind, const Index& index) const {
     if (node_.IsNull()) return XmlNode();
     if (!index.IsNumber()) return index_->Find(node_, kind, index.Key());
-    long long position = index.Number();
+    // A number beyond 16 bits is an overflow error, not a miss.
+    long long position = Numeric::ToInt16(static_cast<double>(index.Number()));
     if (position < 1) return XmlNode();
     const std::string_view name = ElementName(kind);
     for (XmlNode child = node_.FirstChildElement(name); !child.IsNull(); child = child.NextSiblingElement(name)) {

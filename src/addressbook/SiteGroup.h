@@ -46,7 +46,8 @@ public:
     std::int16_t SiteCount() const;
     // A key text selects the first SITE child whose KEY equals it ignoring
     // case; a number the SITE child at that 1-based position. None when there
-    // is no such child (a number outside 1..count included).
+    // is no such child (a number outside 1..count included); a number outside
+    // the 16-bit range throws Error 6 (Overflow).
     meridex::Site Site(const Index& index) const;
     // Appends the site's element (moving it from wherever it is), gives it a
     // unique key made from its name, and its path. False for a null site.

@@ -20,10 +20,6 @@ TEST(Site, NewSiteHoldsOnlyAnEmptyProfile) {
     EXPECT_FALSE(site.Profile().IsNull());
     EXPECT_EQ(site.ParameterCount(), 0);
     EXPECT_EQ(site.Path(), "");
-    site.setName("Hill Creek");
-    site.setKey("HC");
-    EXPECT_EQ(site.Name(), "Hill Creek");
-    EXPECT_EQ(site.Key(), "HC");
 }
 
 TEST(Site, ParametersAreFoundByExactNameOrPosition) {
