@@ -184,7 +184,10 @@ void CommsProfileManager::GetCommPortDescriptions(const std::string& RootPath) {
         if (!companion.Started()) return;
         // The companion writes the list atomically, so once it is there it is whole.
         while (!fs::exists(portsFile, ec)) {
-            if (SecondsNow() > deadline) return;
+            if (SecondsNow() > deadline) {
+                companion.End(std::chrono::milliseconds(0));  // the wait is bounded: no grace past it
+                return;
+            }
             std::this_thread::sleep_for(std::chrono::milliseconds(15));
         }
         companion.End();
