@@ -4,11 +4,13 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <system_error>
+#include <sys/stat.h>
+#include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 
 #include "frame/Error.h"
-#include "frame/FileOps.h"
 #include "frame/Text.h"
 
 namespace meridex {
@@ -43,6 +45,31 @@ std::string Absolute(const std::string& path) {
     auto absolute = std::filesystem::absolute(path, ec);
     return ec ? path : absolute.string();
 }
+
+// A root as the scan walks it: absolute, so every path found is a full path.
+std::string ScanRoot(const std::string& path) { return path.empty() ? path : NormalRoot(Absolute(path)); }
+
+// A file or folder name here may hold a back slash, so unlike the path
+// helpers, which take it for a separator, these split at "/" only.
+std::string FolderPart(const std::string& relativePath) {
+    auto slash = relativePath.rfind('/');
+    return slash == std::string::npos ? std::string() : relativePath.substr(0, slash + 1);
+}
+std::string BaseName(const std::string& name) { return name.substr(0, name.rfind('.')); }
+
+// Creates a folder and its missing parents; throws when one cannot be made.
+void MakeFolders(const std::string& folder) {
+    for (std::size_t end = folder.find('/', 1);; end = folder.find('/', end + 1)) {
+        std::string part = folder.substr(0, end);
+        struct stat st {};
+        if (::mkdir(part.c_str(), 0777) != 0 && !(errno == EEXIST && ::stat(part.c_str(), &st) == 0 && S_ISDIR(st.st_mode)))
+            throw std::system_error(errno == EEXIST ? ENOTDIR : errno, std::generic_category(),
+                                    "Unable to create folder " + part);
+        if (end == std::string::npos) return;
+    }
+}
+
+std::string AsFolder(const std::string& path) { return path.empty() || path.back() == '/' ? path : path + "/"; }
 
 // A folder's name as it is on disk, matched ignoring letter case.
 const std::string* FindFolder(const std::vector<std::string>& names, const std::string& wanted) {
@@ -194,8 +221,8 @@ void SyncSchemes::GetSchemeList(const std::string& remotePath, const std::string
         localPath_ = localPath;
         Side remote;
         Side local;
-        remote.root = NormalRoot(remotePath);
-        local.root = NormalRoot(localPath);
+        remote.root = remoteRoot_ = ScanRoot(remotePath);
+        local.root = localRoot_ = ScanRoot(localPath);
         if (fs_->FolderExists(remote.root) && !Scan(remote)) return;
         if (fs_->FolderExists(local.root) && !Scan(local)) return;
 
@@ -291,19 +318,20 @@ void SyncSchemes::Sync() {
 
 void SyncSchemes::SyncItem(const SchemeFileItem& item, bool fromLocalList, std::int16_t progress) {
     try {
-        const std::string otherRoot = NormalRoot(fromLocalList ? remotePath_ : localPath_);
+        const std::string& otherRoot = fromLocalList ? remoteRoot_ : localRoot_;
         if (otherRoot.empty() || item.File().IsNull()) {
             AddError(item, "No folder to copy to or from");
             return;
         }
         const std::string ownFolder = item.File().ParentFolder();
-        const std::string base = FileOps::GetFileBaseName(item.File().Name());
-        const std::string otherFolder = ResolveFolder(otherRoot, FileOps::GetFolderPath(item.RelativePath()));
+        const std::string base = BaseName(item.File().Name());
+        const std::string otherFolder = ResolveFolder(otherRoot, FolderPart(item.RelativePath()));
         const bool update = item.SyncOptions() == syncUpdate;
         const std::string& source = update ? ownFolder : otherFolder;
         const std::string& destination = update ? otherFolder : ownFolder;
-        if (update && !fs_->FolderExists(destination)) FileOps::CreateFolderPath(Absolute(destination) + "/");
-        RaiseCopyFiles(Join(source, base), destination, progress);
+        if (update && !fs_->FolderExists(destination)) MakeFolders(destination);
+        // The destination as a folder path (trailing separator), ready for a file name.
+        RaiseCopyFiles(Join(source, base), AsFolder(destination), progress);
         std::string error;
         if (!CopyFamily(item, source, base, destination, error)) AddError(item, error);
     } catch (const Error& e) {
@@ -328,17 +356,24 @@ bool SyncSchemes::CopyFamily(const SchemeFileItem& item, const std::string& sour
     auto family = listing->byBase.find(Text::FoldCase(base));
     if (family == listing->byBase.end()) return true;
     const auto& extensions = CopiedExtensions();
-    std::vector<std::pair<std::size_t, std::string>> members;
+    struct Member {
+        std::size_t order;
+        std::string name;    // as in the source folder
+        std::string target;  // base + "." + the extension in upper case
+        bool operator<(const Member& other) const { return std::tie(order, name) < std::tie(other.order, other.name); }
+    };
+    std::vector<Member> members;
     for (const auto& name : family->second) {
         std::string extension = Text::ToUpper(std::string_view(name).substr(name.rfind('.') + 1));
         auto found = std::find(extensions.begin(), extensions.end(), extension);
-        if (found != extensions.end()) members.emplace_back(found - extensions.begin(), name);
+        if (found != extensions.end())
+            members.push_back(Member{static_cast<std::size_t>(found - extensions.begin()), name, base + "." + extension});
     }
     if (members.empty()) return true;
     std::sort(members.begin(), members.end());
 
     if (!fs_->FolderExists(destinationFolder)) {
-        FileOps::CreateFolderPath(Absolute(destinationFolder) + "/");
+        MakeFolders(destinationFolder);
         listings_.erase(destinationFolder);
     }
     FolderListing none;
@@ -347,9 +382,10 @@ bool SyncSchemes::CopyFamily(const SchemeFileItem& item, const std::string& sour
 
     for (const auto& member : members) {
         if (cancel_) return true;
-        const std::string source = Join(sourceFolder, member.second);
-        const std::string* present = existing.Find(member.second);
-        const std::string destination = Join(destinationFolder, present ? *present : member.second);
+        const std::string source = Join(sourceFolder, member.name);
+        // A file already there keeps its spelling; a new one is named base.EXT.
+        const std::string* present = existing.Find(member.target);
+        const std::string destination = Join(destinationFolder, present ? *present : member.target);
         // Two scheme files of one family (Site.SXS, Site.SXS1) bring the same
         // files: the second need not copy what is already on its way.
         if (source == destination || pendingDestinations_.count(destination)) continue;
@@ -369,7 +405,7 @@ bool SyncSchemes::CopyFamily(const SchemeFileItem& item, const std::string& sour
             pendingItems_.push_back(item);
             pendingDestinations_.insert(destination);
         }
-        if (!present) existing.Add(member.second);
+        if (!present) existing.Add(member.target);
     }
     return true;
 }

@@ -103,6 +103,8 @@ private:
     SchemeFileCollection errors_;
     std::string remotePath_;
     std::string localPath_;
+    std::string remoteRoot_;  // the same, absolute, as scanned
+    std::string localRoot_;
     bool cancel_ = false;
 };
 

@@ -90,8 +90,13 @@ TEST(SyncSchemes, AMissingRootIsAnEmptySideAndACancelledScanSortsNothing) {
     t.L("A.SXS", "a", T);
     t.L("B.SXS", "b", T);
     SyncSchemes sync;
-    sync.GetSchemeList(t.dir.File("no such folder"), t.local);
+    // Relative roots: the files found still carry their full paths.
+    std::string cwd = fs::current_path();
+    fs::current_path(t.dir.Path());
+    sync.GetSchemeList("no such folder", "local/");
+    fs::current_path(cwd);
     EXPECT_EQ(Keys(sync.NewerLocalFiles()), (std::vector<std::string>{"/A.SXS", "/B.SXS"}));
+    EXPECT_EQ(sync.NewerLocalFiles().Item(1).File().Path(), t.local + "/A.SXS");
 
     struct CancelAtFirst : SyncEvents {
         SyncSchemes* sync;
@@ -121,6 +126,7 @@ TEST(SyncSchemes, UpdateCopiesTheListedExtensionsWithExactTimesAndBacksUpWhatItR
     t.L("Sub Dir/Site2.SXS", "another family", T);
     t.R("SUB DIR/site.sxs", "old sxs", T);  // the remote spelling is kept
     t.L("Ünïcödé/Mëter.SXS", "unicode", T);
+    t.L("Odd/a\\b.SXS", "a back slash is part of a name here", T);
 
     SyncSchemes sync;
     RecordedEvents events;
@@ -129,14 +135,18 @@ TEST(SyncSchemes, UpdateCopiesTheListedExtensionsWithExactTimesAndBacksUpWhatItR
     sync.NewerLocalFiles().Item("/SUB DIR/SITE.SXS").setSyncOptions(syncUpdate);
     sync.NewerLocalFiles().Item("/ÜNÏCÖDÉ/MËTER.SXS").setSyncOptions(syncUpdate);
     sync.NewerLocalFiles().Item("/SUB DIR/SITE.SXS1").setSyncOptions(syncUpdate);  // the same family again
+    sync.NewerLocalFiles().Item("/ODD/A\\B.SXS").setSyncOptions(syncUpdate);
     sync.Sync();
     EXPECT_EQ(sync.Errors().Count(), 0);
-    ASSERT_EQ(events.copies.size(), 3u);
-    EXPECT_EQ(events.copies[0], t.local + "/Sub Dir/Site -> " + t.remote + "/SUB DIR");
-    EXPECT_EQ(events.progress, (std::vector<int>{0, 33, 66}));
+    ASSERT_EQ(events.copies.size(), 4u);
+    EXPECT_NE(std::find(events.copies.begin(), events.copies.end(), t.local + "/Sub Dir/Site -> " + t.remote + "/SUB DIR/"),
+              events.copies.end());
+    EXPECT_EQ(events.progress, (std::vector<int>{0, 25, 50, 75}));
 
+    // New names take the extension in upper case; existing ones keep theirs.
     EXPECT_EQ(Names(t.remote + "/SUB DIR"),
-              (std::vector<std::string>{"Site.XML", "Site.bak", "site.sxs", "site.sxs~0000.BAK"}));
+              (std::vector<std::string>{"Site.BAK", "Site.XML", "site.sxs", "site.sxs~0000.BAK"}));
+    EXPECT_EQ(Names(t.remote + "/Odd"), std::vector<std::string>{"a\\b.SXS"});
     EXPECT_EQ(TempDir::Read(t.remote + "/SUB DIR/site.sxs"), "new sxs");
     EXPECT_EQ(TempDir::Read(t.remote + "/SUB DIR/site.sxs~0000.BAK"), "old sxs");
     struct stat st = StatOf(t.remote + "/SUB DIR/Site.XML");
@@ -291,6 +301,6 @@ TEST(SyncSchemes, AVeryDeepTreeIsScannedWithoutRecursion) {
     ASSERT_EQ(sync.NewerLocalFiles().Count(), 1);
     sync.NewerLocalFiles().Item(1).setSyncOptions(syncUpdate);
     sync.Sync();
-    EXPECT_EQ(sync.Errors().Count(), 0);
+    EXPECT_EQ(sync.Errors().Count(), 0) << sync.Errors().Item(1).ErrDescription();
     EXPECT_EQ(TempDir::Read(t.remote + deep.substr(5) + "/Deep.SXS"), "deep");
 }
