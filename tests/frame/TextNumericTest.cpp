@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "frame/Error.h"
 #include "frame/Index.h"
 #include "frame/Numeric.h"
@@ -42,4 +44,6 @@ TEST(Numeric, LegacyNumberRules) {
     EXPECT_EQ(Index(2.5).Number(), 2);
     EXPECT_EQ(Index(3.5).Number(), 4);
     EXPECT_FALSE(Index("KEY").IsNumber());
+    EXPECT_LT(Index(9223372036854775808.0).Number(), 0);  // 2^63 does not fit: finds nothing
+    EXPECT_LT(Index(std::nan("")).Number(), 0);
 }
