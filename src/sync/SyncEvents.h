@@ -15,7 +15,8 @@ public:
     // Once per scheme file found; file is its full path followed by CR LF.
     virtual void FoundFiles(const std::string& file) { (void)file; }
     // Before a scheme family is copied: source is the family's folder and
-    // base name, destination the folder it goes to, progress 0..100.
+    // base name, destination the folder it goes to (with its trailing
+    // separator, ready for a file name), progress 0..100.
     virtual void CopyFiles(const std::string& source, const std::string& destination, std::int16_t progress) {
         (void)source, (void)destination, (void)progress;
     }
