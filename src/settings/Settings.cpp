@@ -104,7 +104,6 @@ void Settings::SetBoolean(std::string_view key, bool newValue, bool saveNull) {
 
 bool Settings::LoadSettings(const std::string& settingsFile) {
     bool loaded = false;
-    unreadablePath_.clear();
     try {
         if (FileOps::FileExists(settingsFile)) {
             const XmlDocument document = XmlDocument::Load(settingsFile);
@@ -126,11 +125,14 @@ bool Settings::LoadSettings(const std::string& settingsFile) {
             }
             // Whatever was there is not a settings document we can read: a
             // save must not replace it before it has been kept.
-            if (!loaded) unreadablePath_ = settingsFile;
+            // Remembered across later loads of other files, so a save to this
+            // path, whenever it comes, keeps the old file first.
+            if (!loaded) unreadablePaths_.push_back(settingsFile);
         }
     } catch (...) {
         loaded = false;
     }
+    if (loaded) std::erase_if(unreadablePaths_, [&](const std::string& p) { return SameFile(p, settingsFile); });
     if (!loaded) Reset();
     path_ = settingsFile;
     try {
@@ -189,12 +191,13 @@ void Settings::CompleteProfiles() const {
 }
 
 bool Settings::KeepUnreadableBefore(const std::string& target) {
-    if (unreadablePath_.empty() || !SameFile(unreadablePath_, target)) return true;
-    // Nothing to keep (the file has gone) is fine; a copy that failed is not.
-    if (FileOps::KeepUnreadableFile(unreadablePath_).empty() && FileOps::FileExists(unreadablePath_)) {
-        return false;
+    for (auto it = unreadablePaths_.begin(); it != unreadablePaths_.end(); ++it) {
+        if (!SameFile(*it, target)) continue;
+        // Nothing to keep (the file has gone) is fine; a copy that failed is not.
+        if (FileOps::KeepUnreadableFile(*it).empty() && FileOps::FileExists(*it)) return false;
+        unreadablePaths_.erase(it);
+        return true;
     }
-    unreadablePath_.clear();
     return true;
 }
 

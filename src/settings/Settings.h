@@ -1,6 +1,7 @@
 #pragma once
 #include <concepts>
 #include <string>
+#include <vector>
 #include <string_view>
 
 #include "frame/Numeric.h"
@@ -74,7 +75,7 @@ private:
     std::string path_;
     // A file at path_ that existed but could not be read; it is copied aside
     // before the first save replaces it.
-    std::string unreadablePath_;
+    std::vector<std::string> unreadablePaths_;  // read and refused; kept before a save replaces one
     XmlNode root_;
     ::meridex::Profiles profiles_;
     Profile current_{XmlNode{}};

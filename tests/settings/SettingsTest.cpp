@@ -183,6 +183,16 @@ TEST(Settings, UnreadableFilesGiveEmptySettingsAndAreKeptBeforeTheSave) {
         EXPECT_FALSE(fs::exists(path + ".unreadable-1"));
     }
 
+    // Loading another file in between does not forget that the first one
+    // still has to be kept before a save replaces it.
+    const std::string bad = dir.Write("Bad.xml", "<V4SETTINGS>");
+    const std::string good = dir.Write("Good.xml", "<V4SETTINGS/>");
+    Settings twice;
+    EXPECT_FALSE(twice.LoadSettings(bad));
+    EXPECT_TRUE(twice.LoadSettings(good));
+    ASSERT_TRUE(twice.SaveSettings(bad));
+    EXPECT_EQ(TempDir::Read(bad + ".unreadable"), "<V4SETTINGS>");
+
     // A missing file is nothing to keep; the first save creates it.
     const std::string missing = dir.File("new/V4Settings.xml");
     fs::create_directories(dir.File("new"));
