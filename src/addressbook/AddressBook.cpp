@@ -33,23 +33,23 @@ void AddressBook::NewAddressBook() {
 
 bool AddressBook::LoadAddressBook(const std::string& path) {
     path_ = path;
-    unreadable_.clear();
     if (!FileOps::FileExists(path)) {
         NewAddressBook();
         return false;
     }
     XmlDocument loaded = XmlDocument::Load(path);
     if (loaded.IsNull()) {
-        unreadable_ = path;
+        unreadable_.Remember(path);
         NewAddressBook();
         return false;
     }
     const XmlNode root = loaded.DocumentElement();
     if (root.IsNull() || root.Name() != kRootName) {
-        unreadable_ = path;
+        unreadable_.Remember(path);
         NewAddressBook();
         return true;
     }
+    unreadable_.Forget(path);
     document_ = std::move(loaded);
     root_ = root;
     index_ = std::make_shared<SiteKeyIndex>();
@@ -66,13 +66,9 @@ void AddressBook::SaveAddressBook(const std::string& path) {
         throw Error(ErrorNumber::PathNotFound, "AddressBook:SaveAddressBook",
                     "The address book has no file path to save to");
     }
-    if (!unreadable_.empty() && target == unreadable_ && FileOps::FileExists(target)) {
-        if (FileOps::KeepUnreadableFile(target).empty()) {
-            throw Error(ErrorNumber::PathFileAccess, "AddressBook:SaveAddressBook",
-                        "Could not keep a copy of the unreadable file '" + target +
-                            "', so it was not replaced");
-        }
-        unreadable_.clear();
+    if (!unreadable_.KeepBeforeReplacing(target)) {
+        throw Error(ErrorNumber::PathFileAccess, "AddressBook:SaveAddressBook",
+                    "Could not keep a copy of the unreadable file '" + target + "', so it was not replaced");
     }
     std::string reason;
     if (!document_.Save(target, &reason)) {

@@ -6,6 +6,7 @@
 #include "addressbook/Site.h"
 #include "addressbook/SiteGroup.h"
 #include "addressbook/SiteKeyIndex.h"
+#include "frame/UnreadableFiles.h"
 #include "frame/XMLFactoryLease.h"
 #include "frame/XmlDocument.h"
 #include "frame/XmlNode.h"
@@ -57,7 +58,7 @@ private:
     std::shared_ptr<SiteKeyIndex> index_;
     // The file that was there but could not be used, kept before a save
     // replaces it.
-    std::string unreadable_;
+    UnreadableFiles unreadable_;
 };
 
 }  // namespace meridex

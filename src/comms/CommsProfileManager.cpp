@@ -82,12 +82,6 @@ std::string TakeQueued(std::deque<std::string>& queue) {
     return first;
 }
 
-bool SameFile(const std::string& a, const std::string& b) {
-    std::error_code ec1, ec2;
-    fs::path pa = fs::weakly_canonical(a, ec1), pb = fs::weakly_canonical(b, ec2);
-    return ec1 || ec2 ? a == b : pa == pb;
-}
-
 double SecondsNow() {
     using namespace std::chrono;
     return duration<double>(steady_clock::now().time_since_epoch()).count();
@@ -132,16 +126,16 @@ void CommsProfileManager::BuildDefaultMap() {
 
 bool CommsProfileManager::LoadXMLMapFile(const std::string& XMLFile) {
     mapFile_ = XMLFile;
-    unreadableFile_.clear();
     std::error_code ec;
     bool exists = !XMLFile.empty() && fs::exists(XMLFile, ec);
     XmlDocument document = exists ? XmlDocument::Load(XMLFile) : XmlDocument();
     XmlNode root = document ? document.DocumentElement() : XmlNode();
     if (!root || root.Name() != kRoot) {
-        if (exists) unreadableFile_ = XMLFile;
+        if (exists) unreadable_.Remember(XMLFile);
         BuildDefaultMap();
         return false;
     }
+    unreadable_.Forget(XMLFile);
     document_ = document;
     root_ = root;
     // Keys read from a file are numbered from 1 (new ones are looked for from 0).
@@ -157,13 +151,9 @@ bool CommsProfileManager::SaveXMLMapFile(const std::string& XMLFile, std::string
         if (error) *error = "no map file is set";
         return false;
     }
-    if (!unreadableFile_.empty() && SameFile(unreadableFile_, mapFile_)) {
-        std::error_code ec;
-        if (FileOps::KeepUnreadableFile(unreadableFile_).empty() && fs::exists(unreadableFile_, ec)) {
-            if (error) *error = "the unusable map file " + unreadableFile_ + " could not be kept aside";
-            return false;
-        }
-        unreadableFile_.clear();
+    if (!unreadable_.KeepBeforeReplacing(mapFile_)) {
+        if (error) *error = "the unusable map file " + mapFile_ + " could not be kept aside";
+        return false;
     }
     return document_.Save(mapFile_, error);
 }

@@ -7,6 +7,7 @@
 
 #include "comms/Scheme.h"
 #include "frame/Index.h"
+#include "frame/UnreadableFiles.h"
 #include "frame/XMLFactoryLease.h"
 #include "frame/XmlDocument.h"
 #include "frame/XmlNode.h"
@@ -106,7 +107,7 @@ private:
     std::string mapFile_;
     XmlDocument document_;
     XmlNode root_;
-    std::string unreadableFile_;  // a map file that could not be used, kept before it is replaced
+    UnreadableFiles unreadable_;  // map files that could not be used, kept before a save replaces them
 };
 
 }  // namespace meridex

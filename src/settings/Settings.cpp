@@ -34,11 +34,6 @@ bool IsReadOnlyFile(const fs::path& path) {
     return (status.permissions() & fs::perms::owner_write) == fs::perms::none;
 }
 
-bool SameFile(const std::string& a, const std::string& b) {
-    if (a == b) return true;
-    std::error_code ec;
-    return fs::equivalent(a, b, ec) && !ec;
-}
 
 // One catalogue feature with what it gives each kind of loaded profile.
 struct CatalogueFeature {
@@ -127,12 +122,12 @@ bool Settings::LoadSettings(const std::string& settingsFile) {
             // save must not replace it before it has been kept.
             // Remembered across later loads of other files, so a save to this
             // path, whenever it comes, keeps the old file first.
-            if (!loaded) unreadablePaths_.push_back(settingsFile);
+            if (!loaded) unreadable_.Remember(settingsFile);
         }
     } catch (...) {
         loaded = false;
     }
-    if (loaded) std::erase_if(unreadablePaths_, [&](const std::string& p) { return SameFile(p, settingsFile); });
+    if (loaded) unreadable_.Forget(settingsFile);
     if (!loaded) Reset();
     path_ = settingsFile;
     try {
@@ -190,23 +185,12 @@ void Settings::CompleteProfiles() const {
     }
 }
 
-bool Settings::KeepUnreadableBefore(const std::string& target) {
-    for (auto it = unreadablePaths_.begin(); it != unreadablePaths_.end(); ++it) {
-        if (!SameFile(*it, target)) continue;
-        // Nothing to keep (the file has gone) is fine; a copy that failed is not.
-        if (FileOps::KeepUnreadableFile(*it).empty() && FileOps::FileExists(*it)) return false;
-        unreadablePaths_.erase(it);
-        return true;
-    }
-    return true;
-}
-
 bool Settings::SaveSettings(const std::string& newSettingsFile) {
     try {
         if (!newSettingsFile.empty()) path_ = newSettingsFile;
         // Refused before an unreadable file is kept, so a refusal leaves no copy.
         if (path_.empty() || IsReadOnlyFile(path_)) return false;
-        if (!KeepUnreadableBefore(path_)) return false;
+        if (!unreadable_.KeepBeforeReplacing(path_)) return false;
         std::string text = root_.Xml();
         text += "\r\n";
         return FileOps::WriteFileAtomic(path_, text);

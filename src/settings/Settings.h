@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "frame/Numeric.h"
+#include "frame/UnreadableFiles.h"
 #include "frame/XMLFactoryLease.h"
 #include "frame/XmlNode.h"
 #include "settings/Profile.h"
@@ -69,13 +70,12 @@ public:
 private:
     void Reset();
     void CompleteProfiles() const;
-    bool KeepUnreadableBefore(const std::string& target);
 
     XMLFactoryLease lease_;
     std::string path_;
-    // A file at path_ that existed but could not be read; it is copied aside
-    // before the first save replaces it.
-    std::vector<std::string> unreadablePaths_;  // read and refused; kept before a save replaces one
+    // Files that existed but could not be read; each is copied aside before a
+    // save replaces it.
+    UnreadableFiles unreadable_;
     XmlNode root_;
     ::meridex::Profiles profiles_;
     Profile current_{XmlNode{}};
