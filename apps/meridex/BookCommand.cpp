@@ -157,14 +157,18 @@ SiteGroup GroupAt(const AddressBook& book, const std::string& path) {
     return book.FindGroup(path);
 }
 
+// The group a path names, or null after telling the user there is none.
+SiteGroup RequireGroup(const AddressBook& book, const std::string& path) {
+    SiteGroup group = GroupAt(book, path);
+    if (group.IsNull()) std::cerr << "meridex: no group at the path " << path << " (use \\ for the top of the book)\n";
+    return group;
+}
+
 int AddGroup(const Arguments& args) {
     AddressBook book;
     Load(book, args.book);
-    const SiteGroup parent = GroupAt(book, args.path);
-    if (parent.IsNull()) {
-        std::cerr << "meridex: no group at the path " << args.path << " (use \\ for the top of the book)\n";
-        return kNotFound;
-    }
+    const SiteGroup parent = RequireGroup(book, args.path);
+    if (parent.IsNull()) return kNotFound;
     SiteGroup group;
     group.setName(args.name);
     parent.AddGroup(group);
@@ -186,11 +190,8 @@ int AddSite(const Arguments& args) {
     }
     AddressBook book;
     Load(book, args.book);
-    const SiteGroup group = GroupAt(book, args.path);
-    if (group.IsNull()) {
-        std::cerr << "meridex: no group at the path " << args.path << " (use \\ for the top of the book)\n";
-        return kNotFound;
-    }
+    const SiteGroup group = RequireGroup(book, args.path);
+    if (group.IsNull()) return kNotFound;
     group.AddSite(site);
     book.SaveAddressBook();
     std::cout << "Added site " << site.Name() << " with key " << site.Key() << " at " << site.Path() << "\n";
