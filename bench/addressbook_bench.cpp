@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "addressbook/AddressBook.h"
-#include "comms/ImportCommsProfiles.h"
+#include <meridex/addressbook/AddressBook.h>
+#include <meridex/comms/ImportCommsProfiles.h>
 
 namespace fs = std::filesystem;
 using namespace meridex;

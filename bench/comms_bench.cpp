@@ -11,10 +11,10 @@
 #include <memory>
 #include <string>
 
-#include "comms/CommsProfileManager.h"
-#include "frame/XmlDocument.h"
-#include "platform/linux/IniUserStore.h"
-#include "platform/linux/LinuxSerialPortSource.h"
+#include <meridex/comms/CommsProfileManager.h>
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/platform/linux/IniUserStore.h>
+#include <meridex/platform/linux/LinuxSerialPortSource.h>
 
 using namespace meridex;
 

@@ -8,9 +8,9 @@
 #include <filesystem>
 #include <string>
 
-#include "frame/XMLOps.h"
-#include "frame/XMLFactoryLease.h"
-#include "frame/XmlDocument.h"
+#include <meridex/frame/XMLOps.h>
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XmlDocument.h>
 
 using namespace meridex;
 

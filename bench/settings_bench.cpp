@@ -9,9 +9,9 @@
 #include <fstream>
 #include <string>
 
-#include "frame/XmlDocument.h"
-#include "settings/Settings.h"
-#include "settings/V4StandardProfiles.h"
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/settings/Settings.h>
+#include <meridex/settings/V4StandardProfiles.h>
 
 using namespace meridex;
 

@@ -12,7 +12,7 @@
 #include <fstream>
 #include <string>
 
-#include "sync/SyncSchemes.h"
+#include <meridex/sync/SyncSchemes.h>
 
 namespace {
 

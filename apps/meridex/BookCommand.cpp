@@ -8,10 +8,10 @@
 #include "Commands.h"
 #include "Json.h"
 #include "ProgressBar.h"
-#include "addressbook/AddressBook.h"
-#include "comms/ImportCommsProfiles.h"
-#include "frame/Error.h"
-#include "frame/FileOps.h"
+#include <meridex/addressbook/AddressBook.h>
+#include <meridex/comms/ImportCommsProfiles.h>
+#include <meridex/frame/Error.h>
+#include <meridex/frame/FileOps.h>
 
 namespace meridex::cli {
 

@@ -8,11 +8,11 @@
 
 #include "Commands.h"
 #include "Json.h"
-#include "comms/CommsProfileManager.h"
-#include "comms/PortSnapshot.h"
-#include "comms/ProfileXml.h"
-#include "comms/XmlSchemeFile.h"
-#include "platform/Platform.h"
+#include <meridex/comms/CommsProfileManager.h>
+#include <meridex/comms/PortSnapshot.h>
+#include <meridex/comms/ProfileXml.h>
+#include <meridex/comms/XmlSchemeFile.h>
+#include <meridex/platform/Platform.h>
 
 namespace meridex::cli {
 

@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "Commands.h"
-#include "frame/Base64Encoder.h"
-#include "frame/Error.h"
-#include "frame/ErrorHandler.h"
-#include "frame/XmlDocument.h"
+#include <meridex/frame/Base64Encoder.h>
+#include <meridex/frame/Error.h>
+#include <meridex/frame/ErrorHandler.h>
+#include <meridex/frame/XmlDocument.h>
 
 namespace meridex::cli {
 namespace {

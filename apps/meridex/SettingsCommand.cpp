@@ -8,8 +8,8 @@
 
 #include "Commands.h"
 #include "Json.h"
-#include "frame/FileOps.h"
-#include "settings/Settings.h"
+#include <meridex/frame/FileOps.h>
+#include <meridex/settings/Settings.h>
 
 namespace meridex::cli {
 

@@ -9,7 +9,7 @@
 #include "Commands.h"
 #include "Json.h"
 #include "ProgressBar.h"
-#include "sync/SyncSchemes.h"
+#include <meridex/sync/SyncSchemes.h>
 
 namespace meridex::cli {
 

@@ -1,11 +1,13 @@
 #include <iostream>
 
 #include "Commands.h"
-#include "frame/Error.h"
+#include <meridex/Version.h>
+#include <meridex/frame/Error.h>
 
 int main(int argc, char** argv) {
     CLI::App app{"meridex: settings and profiles, the address book, the communications map and "
                  "scheme synchronisation for data-logger field software"};
+    app.set_version_flag("--version", std::string("meridex ") + meridex::VersionText());
     app.require_subcommand(1);
     int exitCode = 0;
     meridex::cli::AddFrameCommands(app, exitCode);

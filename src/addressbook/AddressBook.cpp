@@ -1,10 +1,11 @@
-#include "addressbook/AddressBook.h"
+#include <meridex/addressbook/AddressBook.h>
 
 #include <vector>
 
-#include "frame/Error.h"
-#include "frame/FileOps.h"
-#include "frame/XMLOps.h"
+#include <meridex/addressbook/SiteKeyIndex.h>
+#include <meridex/frame/Error.h>
+#include <meridex/frame/FileOps.h>
+#include <meridex/frame/XMLOps.h>
 
 namespace meridex {
 

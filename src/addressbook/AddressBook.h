@@ -1,17 +1,19 @@
 #pragma once
+#include <meridex/Export.h>
 #include <memory>
 #include <string>
 #include <string_view>
 
-#include "addressbook/Site.h"
-#include "addressbook/SiteGroup.h"
-#include "addressbook/SiteKeyIndex.h"
-#include "frame/UnreadableFiles.h"
-#include "frame/XMLFactoryLease.h"
-#include "frame/XmlDocument.h"
-#include "frame/XmlNode.h"
+#include <meridex/addressbook/Site.h>
+#include <meridex/addressbook/SiteGroup.h>
+#include <meridex/frame/UnreadableFiles.h>
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/frame/XmlNode.h>
 
 namespace meridex {
+
+class SiteKeyIndex;
 
 // The address book document: a V4ADDRESSBOOK root holding the tree of groups
 // and sites. Loading never fails (a missing or unusable file gives an empty
@@ -19,7 +21,7 @@ namespace meridex {
 //
 // Paths are backslash-separated: the root's name (never compared), the keys
 // of the groups from the top down and, for a site, the site's key.
-class AddressBook {
+class MERIDEX_EXPORT AddressBook {
 public:
     AddressBook();
 

@@ -1,8 +1,8 @@
-#include "addressbook/Site.h"
+#include <meridex/addressbook/Site.h>
 
 #include <limits>
 
-#include "frame/XMLOps.h"
+#include <meridex/frame/XMLOps.h>
 
 namespace meridex {
 

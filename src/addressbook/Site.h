@@ -1,11 +1,12 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-#include "frame/Index.h"
-#include "frame/XMLFactoryLease.h"
-#include "frame/XmlNode.h"
+#include <meridex/frame/Index.h>
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XmlNode.h>
 
 namespace meridex {
 
@@ -15,7 +16,7 @@ namespace meridex {
 //
 // Nothing is cached: every call reads or writes the element. A view on no
 // element ("none", IsNull()) reads empty texts, counts 0 and ignores writes.
-class Site {
+class MERIDEX_EXPORT Site {
 public:
     // A new, unattached SITE element holding one empty PROFILE.
     Site();

@@ -1,12 +1,13 @@
-#include "addressbook/SiteGroup.h"
+#include <meridex/addressbook/SiteGroup.h>
 
 #include <algorithm>
 #include <limits>
 #include <vector>
 
-#include "frame/Numeric.h"
-#include "frame/Text.h"
-#include "frame/XMLOps.h"
+#include <meridex/addressbook/SiteKeyIndex.h>
+#include <meridex/frame/Numeric.h>
+#include <meridex/frame/Text.h>
+#include <meridex/frame/XMLOps.h>
 
 namespace meridex {
 
@@ -48,7 +49,8 @@ void SiteGroup::SetPath(std::string_view path) const { XMLOps::SetXMLValue(node_
 std::int16_t SiteGroup::SiteCount() const { return ClampCount(node_.CountChildElements("SITE")); }
 std::int16_t SiteGroup::GroupCount() const { return ClampCount(node_.CountChildElements("GROUP")); }
 
-XmlNode SiteGroup::Child(SiteKeyIndex::Kind kind, const Index& index) const {
+XmlNode SiteGroup::Child(int kindNumber, const Index& index) const {
+    const auto kind = static_cast<SiteKeyIndex::Kind>(kindNumber);
     if (node_.IsNull()) return XmlNode();
     if (!index.IsNumber()) return index_->Find(node_, kind, index.Key());
     // A number beyond 16 bits is an overflow error, not a miss.
@@ -62,16 +64,17 @@ XmlNode SiteGroup::Child(SiteKeyIndex::Kind kind, const Index& index) const {
 }
 
 meridex::Site SiteGroup::Site(const Index& index) const {
-    const XmlNode child = Child(SiteKeyIndex::Kind::Site, index);
+    const XmlNode child = Child(0, index);
     return child.IsNull() ? meridex::Site::None() : meridex::Site(child);
 }
 
 SiteGroup SiteGroup::Group(const Index& index) const {
-    const XmlNode child = Child(SiteKeyIndex::Kind::Group, index);
+    const XmlNode child = Child(1, index);
     return child.IsNull() ? None() : SiteGroup(child, index_);
 }
 
-bool SiteGroup::Append(const XmlNode& child, SiteKeyIndex::Kind kind) const {
+bool SiteGroup::Append(const XmlNode& child, int kindNumber) const {
+    const auto kind = static_cast<SiteKeyIndex::Kind>(kindNumber);
     if (node_.IsNull() || child.IsNull()) return false;
     index_->Notice(node_);
     const XmlNode previousLast = node_.LastChild();
@@ -96,11 +99,11 @@ bool SiteGroup::Append(const XmlNode& child, SiteKeyIndex::Kind kind) const {
 }
 
 bool SiteGroup::AddSite(const meridex::Site& site) const {
-    return Append(site.XMLNode(), SiteKeyIndex::Kind::Site);
+    return Append(site.XMLNode(), 0);
 }
 
 bool SiteGroup::AddGroup(const SiteGroup& group) const {
-    return Append(group.XMLNode(), SiteKeyIndex::Kind::Group);
+    return Append(group.XMLNode(), 1);
 }
 
 std::string SiteGroup::PathFor(std::string_view key) const {
@@ -132,14 +135,14 @@ std::string SiteGroup::PathFor(std::string_view key) const {
 }
 
 bool SiteGroup::RemoveSite(const Index& index) const {
-    const XmlNode child = Child(SiteKeyIndex::Kind::Site, index);
+    const XmlNode child = Child(0, index);
     if (child.IsNull()) return false;
     index_->Forget(node_);
     return !node_.RemoveChild(child).IsNull();
 }
 
 bool SiteGroup::RemoveGroup(const Index& index) const {
-    const XmlNode child = Child(SiteKeyIndex::Kind::Group, index);
+    const XmlNode child = Child(1, index);
     if (child.IsNull()) return false;
     index_->Forget(node_);
     return !node_.RemoveChild(child).IsNull();

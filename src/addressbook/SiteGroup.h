@@ -1,16 +1,18 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 
-#include "addressbook/Site.h"
-#include "addressbook/SiteKeyIndex.h"
-#include "frame/Index.h"
-#include "frame/XMLFactoryLease.h"
-#include "frame/XmlNode.h"
+#include <meridex/addressbook/Site.h>
+#include <meridex/frame/Index.h>
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XmlNode.h>
 
 namespace meridex {
+
+class SiteKeyIndex;
 
 // A group of the address book: a view on one GROUP element, or on the
 // V4ADDRESSBOOK root, whose SITE and GROUP children are its sites and
@@ -24,7 +26,7 @@ namespace meridex {
 //
 // A view on no element (IsNull()) reads empty texts, counts 0, finds nothing
 // and ignores writes.
-class SiteGroup {
+class MERIDEX_EXPORT SiteGroup {
 public:
     // A new, unattached, empty GROUP element.
     SiteGroup();
@@ -74,8 +76,9 @@ public:
 
 private:
     SiteGroup(const XmlNode& element, std::shared_ptr<SiteKeyIndex> index);
-    XmlNode Child(SiteKeyIndex::Kind kind, const Index& index) const;
-    bool Append(const XmlNode& child, SiteKeyIndex::Kind kind) const;
+    // kind: 0 sites, 1 groups (the key index's kinds).
+    XmlNode Child(int kind, const Index& index) const;
+    bool Append(const XmlNode& child, int kind) const;
     // The path of an item with this key added to this group.
     std::string PathFor(std::string_view key) const;
 

@@ -1,8 +1,8 @@
-#include "addressbook/SiteKeyIndex.h"
+#include <meridex/addressbook/SiteKeyIndex.h>
 
 #include <algorithm>
 
-#include "frame/Text.h"
+#include <meridex/frame/Text.h>
 
 namespace meridex {
 

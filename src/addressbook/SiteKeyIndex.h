@@ -6,8 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "frame/XmlDocument.h"
-#include "frame/XmlNode.h"
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/frame/XmlNode.h>
 
 namespace meridex {
 

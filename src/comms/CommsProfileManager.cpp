@@ -1,4 +1,4 @@
-#include "comms/CommsProfileManager.h"
+#include <meridex/comms/CommsProfileManager.h>
 
 #include <chrono>
 #include <cmath>
@@ -7,15 +7,15 @@
 #include <thread>
 #include <unordered_set>
 
-#include "comms/PortSnapshot.h"
-#include "comms/ProfileXml.h"
-#include "frame/Error.h"
-#include "frame/FileOps.h"
-#include "frame/Numeric.h"
-#include "frame/Text.h"
-#include "frame/XMLOps.h"
-#include "platform/Platform.h"
-#include "platform/StartedProgram.h"
+#include <meridex/comms/PortSnapshot.h>
+#include <meridex/comms/ProfileXml.h>
+#include <meridex/frame/Error.h>
+#include <meridex/frame/FileOps.h>
+#include <meridex/frame/Numeric.h>
+#include <meridex/frame/Text.h>
+#include <meridex/frame/XMLOps.h>
+#include <meridex/platform/Platform.h>
+#include <meridex/platform/StartedProgram.h>
 
 namespace meridex {
 namespace fs = std::filesystem;

@@ -1,18 +1,19 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "comms/Scheme.h"
-#include "frame/Index.h"
-#include "frame/UnreadableFiles.h"
-#include "frame/XMLFactoryLease.h"
-#include "frame/XmlDocument.h"
-#include "frame/XmlNode.h"
-#include "platform/SerialPortSource.h"
-#include "platform/UserStore.h"
+#include <meridex/comms/Scheme.h>
+#include <meridex/frame/Index.h>
+#include <meridex/frame/UnreadableFiles.h>
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/frame/XmlNode.h>
+#include <meridex/platform/SerialPortSource.h>
+#include <meridex/platform/UserStore.h>
 
 namespace meridex {
 
@@ -25,7 +26,7 @@ namespace meridex {
 // manager starts with the default map: one direct profile per present port
 // up to MAX_COMM_PORT_SCOMM, then a UDP, a TCP/IP and a GPRS proxy profile.
 // When the manager ends it saves the map to MapFile once more, quietly.
-class CommsProfileManager {
+class MERIDEX_EXPORT CommsProfileManager {
 public:
     // The display texts of the five kinds of device.
     static constexpr std::string_view kDirectText = "Direct (RS232)";

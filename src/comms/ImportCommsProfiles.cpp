@@ -1,4 +1,4 @@
-#include "comms/ImportCommsProfiles.h"
+#include <meridex/comms/ImportCommsProfiles.h>
 
 #include <algorithm>
 #include <exception>
@@ -6,10 +6,10 @@
 #include <system_error>
 #include <utility>
 
-#include "comms/XmlSchemeFile.h"
-#include "frame/FileOps.h"
-#include "frame/Numeric.h"
-#include "frame/Text.h"
+#include <meridex/comms/XmlSchemeFile.h>
+#include <meridex/frame/FileOps.h>
+#include <meridex/frame/Numeric.h>
+#include <meridex/frame/Text.h>
 
 namespace meridex {
 

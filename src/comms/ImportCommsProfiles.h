@@ -1,11 +1,12 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstddef>
 #include <string>
 #include <vector>
 
-#include "comms/ImportEvents.h"
-#include "addressbook/SiteGroup.h"
-#include "comms/Scheme.h"
+#include <meridex/comms/ImportEvents.h>
+#include <meridex/addressbook/SiteGroup.h>
+#include <meridex/comms/Scheme.h>
 
 namespace meridex {
 
@@ -26,7 +27,7 @@ namespace meridex {
 // receiver given. A receiver that asks to cancel stops the import between
 // folders or between schemes: sites already added stay, and Complete is
 // raised all the same (Cancelled() then answers true).
-class ImportCommsProfiles {
+class MERIDEX_EXPORT ImportCommsProfiles {
 public:
     explicit ImportCommsProfiles(ImportEvents* events = nullptr) : events_(events) {}
 

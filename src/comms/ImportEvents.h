@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <string>
 
@@ -6,7 +7,7 @@ namespace meridex {
 
 // What an import from schemes tells its receiver, synchronously, as it runs.
 // The default of each is to ignore the event (and never to cancel).
-class ImportEvents {
+class MERIDEX_EXPORT ImportEvents {
 public:
     virtual ~ImportEvents() = default;
     // "Scheme Found: <path>" and "Processing Scheme: <scheme text>".

@@ -1,4 +1,4 @@
-#include "comms/PortSnapshot.h"
+#include <meridex/comms/PortSnapshot.h>
 
 #include <algorithm>
 

@@ -1,17 +1,18 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <vector>
 
-#include "platform/SerialPortSource.h"
+#include <meridex/platform/SerialPortSource.h>
 
 namespace meridex {
 
 // The serial ports as one operation sees them: the port list is taken once
 // and each port is probed at most once, so an operation that asks about
 // many port numbers costs one listing plus one probe per port that exists.
-class PortSnapshot {
+class MERIDEX_EXPORT PortSnapshot {
 public:
     explicit PortSnapshot(SerialPortSource& source) : source_(source) {}
 

@@ -1,9 +1,9 @@
-#include "comms/ProfileXml.h"
+#include <meridex/comms/ProfileXml.h>
 
-#include "frame/Error.h"
-#include "frame/Numeric.h"
-#include "frame/Text.h"
-#include "frame/XMLOps.h"
+#include <meridex/frame/Error.h>
+#include <meridex/frame/Numeric.h>
+#include <meridex/frame/Text.h>
+#include <meridex/frame/XMLOps.h>
 
 namespace meridex::ProfileXml {
 

@@ -1,14 +1,15 @@
 #pragma once
+#include <meridex/Export.h>
 #include <string>
 
-#include "frame/XmlNode.h"
+#include <meridex/frame/XmlNode.h>
 
 namespace meridex {
 
 // What the library needs of a logger scheme: open a file, the text that
 // names the loaded scheme, and its communications profiles as a node with
 // PROFILE children (changed in place by scheme mapping).
-class Scheme {
+class MERIDEX_EXPORT Scheme {
 public:
     virtual ~Scheme() = default;
 

@@ -1,8 +1,8 @@
-#include "comms/SystemOps.h"
+#include <meridex/comms/SystemOps.h>
 
 #include <cmath>
 
-#include "comms/PortSnapshot.h"
+#include <meridex/comms/PortSnapshot.h>
 
 namespace meridex::SystemOps {
 

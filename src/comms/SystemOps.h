@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/SerialPortSource.h"
+#include <meridex/platform/SerialPortSource.h>
 
 // Questions about the PC itself: which serial ports it has, and the rule for
 // the percentage printed beside a progress bar.

@@ -1,4 +1,4 @@
-#include "comms/XmlSchemeFile.h"
+#include <meridex/comms/XmlSchemeFile.h>
 
 namespace meridex {
 

@@ -1,8 +1,9 @@
 #pragma once
+#include <meridex/Export.h>
 #include <string>
 
-#include "comms/Scheme.h"
-#include "frame/XmlDocument.h"
+#include <meridex/comms/Scheme.h>
+#include <meridex/frame/XmlDocument.h>
 
 namespace meridex {
 
@@ -20,7 +21,7 @@ namespace meridex {
 // A scheme file without COMMSPROFILES opens with an empty profile list (the
 // element is added in memory, and written by a save). A file that does not
 // parse or has another root does not open, and leaves no scheme open.
-class XmlSchemeFile : public Scheme {
+class MERIDEX_EXPORT XmlSchemeFile : public Scheme {
 public:
     bool Open(const std::string& path) override;
     std::string SchemeText() const override { return path_; }

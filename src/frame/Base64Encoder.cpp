@@ -1,7 +1,7 @@
-#include "frame/Base64Encoder.h"
+#include <meridex/frame/Base64Encoder.h>
 
-#include "frame/Error.h"
-#include "frame/Text.h"
+#include <meridex/frame/Error.h>
+#include <meridex/frame/Text.h>
 
 namespace meridex {
 

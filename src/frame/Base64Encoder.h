@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -9,7 +10,7 @@ namespace meridex {
 // Base64 (standard alphabet, "=" padding, CR LF after every 72 characters).
 // Text is taken as windows-1252 bytes, so a text stored by the legacy
 // Windows host decodes to the same characters here.
-class Base64Encoder {
+class MERIDEX_EXPORT Base64Encoder {
 public:
     Base64Encoder();
 

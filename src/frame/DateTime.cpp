@@ -1,4 +1,4 @@
-#include "frame/DateTime.h"
+#include <meridex/frame/DateTime.h>
 
 namespace meridex {
 namespace {

@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <ctime>
 
@@ -6,7 +7,7 @@ namespace meridex {
 
 // A calendar date-time with one-second resolution. Whether it is local time
 // or UTC is said by whoever passes it.
-struct DateTime {
+struct MERIDEX_EXPORT DateTime {
     int year = 1899;
     int month = 12;
     int day = 30;
@@ -23,7 +24,7 @@ struct DateTime {
 };
 
 // The Windows SYSTEMTIME record: 16-bit fields.
-struct SystemTime {
+struct MERIDEX_EXPORT SystemTime {
     std::int16_t wYear = 0;
     std::int16_t wMonth = 0;
     std::int16_t wDayOfWeek = 0;

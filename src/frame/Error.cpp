@@ -1,4 +1,4 @@
-#include "frame/Error.h"
+#include <meridex/frame/Error.h>
 
 namespace meridex {
 

@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <exception>
 #include <string>
@@ -7,7 +8,7 @@ namespace meridex {
 
 // The one error type for the few failures that reach a caller: a number,
 // the routine that raised it, and a description.
-class Error : public std::exception {
+class MERIDEX_EXPORT Error : public std::exception {
 public:
     Error(std::int32_t number, std::string source, std::string description);
 

@@ -1,4 +1,4 @@
-#include "frame/ErrorHandler.h"
+#include <meridex/frame/ErrorHandler.h>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "frame/DateTime.h"
-#include "frame/UserInterface.h"
+#include <meridex/frame/DateTime.h>
+#include <meridex/frame/UserInterface.h>
 
 namespace meridex {
 namespace {

@@ -1,9 +1,10 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <memory>
 #include <string>
 
-#include "frame/DateTime.h"
+#include <meridex/frame/DateTime.h>
 
 namespace meridex {
 
@@ -11,7 +12,7 @@ class UserInterface;
 
 // Turns a trapped failure into a line of the error log and, when asked, a
 // critical message box. Never throws.
-class ErrorHandler {
+class MERIDEX_EXPORT ErrorHandler {
 public:
     // ui: where message boxes go; null means the installed interface.
     explicit ErrorHandler(std::shared_ptr<UserInterface> ui = nullptr);

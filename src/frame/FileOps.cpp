@@ -1,4 +1,4 @@
-#include "frame/FileOps.h"
+#include <meridex/frame/FileOps.h>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -10,8 +10,8 @@
 #include <cstring>
 #include <ctime>
 
-#include "frame/Error.h"
-#include "frame/Text.h"
+#include <meridex/frame/Error.h>
+#include <meridex/frame/Text.h>
 
 namespace meridex::FileOps {
 namespace {

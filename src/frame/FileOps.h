@@ -1,47 +1,48 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-#include "frame/DateTime.h"
+#include <meridex/frame/DateTime.h>
 
 // Path and file helpers. Both "\" and "/" separate path parts. An absolute
 // POSIX path plays the part of the drive-letter form.
 namespace meridex::FileOps {
 
-bool IsSeparator(char c) noexcept;
+MERIDEX_EXPORT bool IsSeparator(char c) noexcept;
 
 // The file name without folder and extension ("" when the last full stop
 // stands in a folder name).
-std::string GetFileBaseName(std::string_view path);
+MERIDEX_EXPORT std::string GetFileBaseName(std::string_view path);
 // The folder part including its trailing separator ("" when there is none).
-std::string GetFolderPath(std::string_view path);
+MERIDEX_EXPORT std::string GetFolderPath(std::string_view path);
 // True when a normal file (not a folder) matches the path, double quotes
 // removed; "*" and "?" in the last part match any file. Never throws.
-bool FileExists(std::string_view path);
+MERIDEX_EXPORT bool FileExists(std::string_view path);
 // Creates the folder and every missing parent, outermost first. Throws Error
 // 76 "Path not found" for an empty, relative or network (two leading
 // separators) path, and the system's error when a folder cannot be made.
-void CreateFolderPath(std::string_view path);
+MERIDEX_EXPORT void CreateFolderPath(std::string_view path);
 
-SystemTime DateToSystemTime(const DateTime& date);
+MERIDEX_EXPORT SystemTime DateToSystemTime(const DateTime& date);
 // 100-nanosecond units since 1 January 1601, the date taken as it is.
-std::int64_t DateToFileTime(const DateTime& date);
+MERIDEX_EXPORT std::int64_t DateToFileTime(const DateTime& date);
 // Sets the access and modification times of an existing file. A Linux file
 // has no settable creation time, so created is accepted and not applied.
 // Answers true when it FAILED, false when the times were set.
-bool SetFileDateTimes(std::string_view path, const DateTime& created, const DateTime& accessed,
+MERIDEX_EXPORT bool SetFileDateTimes(std::string_view path, const DateTime& created, const DateTime& accessed,
                       const DateTime& modified, bool local);
 
 // Reads a whole file; false when it cannot.
-bool ReadWholeFile(const std::string& path, std::string& contents);
+MERIDEX_EXPORT bool ReadWholeFile(const std::string& path, std::string& contents);
 // Writes bytes to path atomically: a temporary file beside it, flushed and
 // renamed over it. The old file is untouched when this fails.
-bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::string* error = nullptr);
+MERIDEX_EXPORT bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::string* error = nullptr);
 // Copies a file that could not be read to a free name beside it
 // (path + ".unreadable", then ".unreadable-1", ...) so a later save cannot
 // lose it. Returns the copy's path, or "" when there was nothing to keep or
 // the copy failed.
-std::string KeepUnreadableFile(const std::string& path);
+MERIDEX_EXPORT std::string KeepUnreadableFile(const std::string& path);
 
 }  // namespace meridex::FileOps

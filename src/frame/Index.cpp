@@ -1,4 +1,4 @@
-#include "frame/Index.h"
+#include <meridex/frame/Index.h>
 
 #include <cmath>
 #include <limits>

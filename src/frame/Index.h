@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -6,7 +7,7 @@
 namespace meridex {
 
 // A collection index: a 1-based number or a key text.
-class Index {
+class MERIDEX_EXPORT Index {
 public:
     Index(int number) : isNumber_(true), number_(number) {}
     Index(long number) : isNumber_(true), number_(number) {}

@@ -1,11 +1,11 @@
-#include "frame/Numeric.h"
+#include <meridex/frame/Numeric.h>
 
 #include <cfenv>
 #include <cmath>
 #include <cstdlib>
 
-#include "frame/Error.h"
-#include "frame/Text.h"
+#include <meridex/frame/Error.h>
+#include <meridex/frame/Text.h>
 
 namespace meridex::Numeric {
 namespace {

@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -10,16 +11,16 @@ namespace meridex::Numeric {
 // The leading numeric value of a text: leading blanks skipped, an optional
 // sign, digits, a decimal part and an exponent; "&H" and "&O" prefixes read
 // hexadecimal and octal. A text that does not start with a number gives 0.
-double LeadingNumber(std::string_view text);
+MERIDEX_EXPORT double LeadingNumber(std::string_view text);
 // True when the whole text (blanks around it allowed) is a number.
-bool IsNumeric(std::string_view text);
+MERIDEX_EXPORT bool IsNumeric(std::string_view text);
 // Rounds to the nearest 16-bit integer, halves to the even neighbour. Throws
 // Error 6 "Overflow" outside -32768..32767 (and for NaN).
-std::int16_t ToInt16(double value);
+MERIDEX_EXPORT std::int16_t ToInt16(double value);
 // Rounds to the nearest 32-bit integer, halves to the even neighbour; throws
 // Error 6 on overflow.
-std::int32_t ToInt32(double value);
+MERIDEX_EXPORT std::int32_t ToInt32(double value);
 // Plain decimal text of an integer.
-std::string ToText(long long value);
+MERIDEX_EXPORT std::string ToText(long long value);
 
 }  // namespace meridex::Numeric

@@ -1,4 +1,4 @@
-#include "frame/RecordingUserInterface.h"
+#include <meridex/frame/RecordingUserInterface.h>
 
 namespace meridex {
 

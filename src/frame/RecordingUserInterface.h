@@ -1,16 +1,17 @@
 #pragma once
+#include <meridex/Export.h>
 #include <deque>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "frame/UserInterface.h"
+#include <meridex/frame/UserInterface.h>
 
 namespace meridex {
 
 // A user interface that remembers every message and answers from a script;
 // for tests and for unattended runs.
-class RecordingUserInterface : public UserInterface {
+class MERIDEX_EXPORT RecordingUserInterface : public UserInterface {
 public:
     struct Message {
         std::string text;

@@ -1,4 +1,4 @@
-#include "frame/StderrUserInterface.h"
+#include <meridex/frame/StderrUserInterface.h>
 
 #include <iostream>
 

@@ -1,12 +1,13 @@
 #pragma once
-#include "frame/UserInterface.h"
+#include <meridex/Export.h>
+#include <meridex/frame/UserInterface.h>
 
 namespace meridex {
 
 // The interface in force until a real one is installed: messages go to
 // standard error, a message box answers its first button and an input box
 // is cancelled, so nothing ever waits for a person who is not there.
-class StderrUserInterface : public UserInterface {
+class MERIDEX_EXPORT StderrUserInterface : public UserInterface {
 public:
     MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
                              const std::string& caption) override;

@@ -1,11 +1,11 @@
-#include "frame/Text.h"
+#include <meridex/frame/Text.h>
 
 #include <locale.h>
 #include <wctype.h>
 
 #include <array>
 
-#include "frame/Utf8.h"
+#include <meridex/frame/Utf8.h>
 
 namespace meridex::Text {
 namespace {

@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <string>
 #include <string_view>
 
@@ -8,19 +9,19 @@
 namespace meridex::Text {
 
 // Case-folded form of text, suitable as a key for case-insensitive lookup.
-std::string FoldCase(std::string_view text);
+MERIDEX_EXPORT std::string FoldCase(std::string_view text);
 // Upper-case form of text (used where the system keys by upper case).
-std::string ToUpper(std::string_view text);
-bool EqualsIgnoreCase(std::string_view a, std::string_view b);
+MERIDEX_EXPORT std::string ToUpper(std::string_view text);
+MERIDEX_EXPORT bool EqualsIgnoreCase(std::string_view a, std::string_view b);
 // Strict UTF-8 validity (no overlongs, no surrogates).
-bool IsValidUtf8(std::string_view text);
+MERIDEX_EXPORT bool IsValidUtf8(std::string_view text);
 // Removes leading and trailing blanks (space, tab, CR, LF).
-std::string_view Trim(std::string_view text);
+MERIDEX_EXPORT std::string_view Trim(std::string_view text);
 // Removes leading and trailing tab characters only.
-std::string_view TrimTabs(std::string_view text);
+MERIDEX_EXPORT std::string_view TrimTabs(std::string_view text);
 // Windows-1252 bytes to UTF-8 and back. Characters that windows-1252 cannot
 // hold become "?" on the way back.
-std::string FromWindows1252(std::string_view bytes);
-std::string ToWindows1252(std::string_view utf8);
+MERIDEX_EXPORT std::string FromWindows1252(std::string_view bytes);
+MERIDEX_EXPORT std::string ToWindows1252(std::string_view utf8);
 
 }  // namespace meridex::Text

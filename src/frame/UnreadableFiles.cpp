@@ -1,8 +1,8 @@
-#include "frame/UnreadableFiles.h"
+#include <meridex/frame/UnreadableFiles.h>
 
 #include <filesystem>
 
-#include "frame/FileOps.h"
+#include <meridex/frame/FileOps.h>
 
 namespace meridex {
 namespace {

@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <string>
 #include <vector>
 
@@ -7,7 +8,7 @@ namespace meridex {
 // The files a document's owner found and could not use. Each is kept beside
 // itself (FileOps::KeepUnreadableFile) before a save replaces it, however
 // many other files were loaded in between, so no unreadable file is lost.
-class UnreadableFiles {
+class MERIDEX_EXPORT UnreadableFiles {
 public:
     // A file that was there and could not be used.
     void Remember(const std::string& path);

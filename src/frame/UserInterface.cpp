@@ -1,6 +1,6 @@
-#include "frame/UserInterface.h"
+#include <meridex/frame/UserInterface.h>
 
-#include "frame/StderrUserInterface.h"
+#include <meridex/frame/StderrUserInterface.h>
 
 namespace meridex {
 namespace {

@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,7 +13,7 @@ enum class MessageResult { OK, Cancel, Yes, No };
 // The one way the core speaks to a person: a message box and an input box.
 // The core never includes a GUI; the Qt dialogs install their own
 // implementation, tests install a recording one.
-class UserInterface {
+class MERIDEX_EXPORT UserInterface {
 public:
     virtual ~UserInterface() = default;
 

@@ -1,6 +1,6 @@
-#include "frame/XMLFactoryLease.h"
+#include <meridex/frame/XMLFactoryLease.h>
 
-#include "frame/XMLOps.h"
+#include <meridex/frame/XMLOps.h>
 
 namespace meridex {
 

@@ -1,11 +1,12 @@
 #pragma once
+#include <meridex/Export.h>
 
 namespace meridex {
 
 // One use of the shared XML factory document for as long as the object
 // lives: XML-backed classes hold one as a member, so the factory lives
 // exactly as long as any of them (copies count as uses too).
-class XMLFactoryLease {
+class MERIDEX_EXPORT XMLFactoryLease {
 public:
     XMLFactoryLease();
     XMLFactoryLease(const XMLFactoryLease&);

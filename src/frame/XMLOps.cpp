@@ -1,9 +1,9 @@
-#include "frame/XMLOps.h"
+#include <meridex/frame/XMLOps.h>
 
-#include "frame/Numeric.h"
-#include "frame/Text.h"
-#include "frame/XmlAccess.h"
-#include "frame/XmlImpl.h"
+#include <meridex/frame/Numeric.h>
+#include <meridex/frame/Text.h>
+#include <meridex/frame/XmlAccess.h>
+#include <meridex/frame/XmlImpl.h>
 
 namespace meridex::XMLOps {
 namespace {

@@ -1,11 +1,12 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "frame/XmlDocument.h"
-#include "frame/XmlNode.h"
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/frame/XmlNode.h>
 
 // The document helpers every XML-backed class reads and writes through.
 // None of them reports an error, with one exception noted at ReadXMLInteger;
@@ -16,35 +17,35 @@ namespace meridex::XMLOps {
 inline constexpr std::string_view kDeclarationData = "version = \"1.0\" encoding=\"windows-1252\"";
 
 // A new document whose only child is the "xml" processing instruction.
-XmlDocument NewXMLDocument();
+MERIDEX_EXPORT XmlDocument NewXMLDocument();
 
 // The shared factory document (one per thread) lives while its use count is
 // above zero. Every XML-backed class acquires it on construction and releases
 // it when it ends.
-void AcquireXMLFactory();
-void ReleaseXMLFactory();
-std::int32_t XMLFactoryUseCount();
+MERIDEX_EXPORT void AcquireXMLFactory();
+MERIDEX_EXPORT void ReleaseXMLFactory();
+MERIDEX_EXPORT std::int32_t XMLFactoryUseCount();
 // The factory document itself (null when no use is outstanding).
-XmlDocument XMLFactory();
+MERIDEX_EXPORT XmlDocument XMLFactory();
 
 // A new, unattached element made by the factory document; null when the
 // factory is not alive or name is not a valid element name.
-XmlNode CreateXMLElement(std::string_view name);
+MERIDEX_EXPORT XmlNode CreateXMLElement(std::string_view name);
 
-std::string GetXMLValue(const XmlNode& node, std::string_view name, std::string_view defaultValue);
-void SetXMLValue(const XmlNode& node, std::string_view name, std::string_view value, bool force);
-std::string ReadXMLString(const XmlNode& node, std::string_view name, std::string_view defaultValue,
+MERIDEX_EXPORT std::string GetXMLValue(const XmlNode& node, std::string_view name, std::string_view defaultValue);
+MERIDEX_EXPORT void SetXMLValue(const XmlNode& node, std::string_view name, std::string_view value, bool force);
+MERIDEX_EXPORT std::string ReadXMLString(const XmlNode& node, std::string_view name, std::string_view defaultValue,
                           bool force);
 // Throws Error 6 "Overflow" when the stored number is outside 16 bits.
-std::int16_t ReadXMLInteger(const XmlNode& node, std::string_view name, std::int16_t defaultValue,
+MERIDEX_EXPORT std::int16_t ReadXMLInteger(const XmlNode& node, std::string_view name, std::int16_t defaultValue,
                             bool force);
-bool ReadXMLBoolean(const XmlNode& node, std::string_view name, bool defaultValue, bool force);
-void WriteXMLString(const XmlNode& node, std::string_view name, std::string_view value,
+MERIDEX_EXPORT bool ReadXMLBoolean(const XmlNode& node, std::string_view name, bool defaultValue, bool force);
+MERIDEX_EXPORT void WriteXMLString(const XmlNode& node, std::string_view name, std::string_view value,
                     std::string_view defaultValue, bool force);
-void WriteXMLInteger(const XmlNode& node, std::string_view name, std::int16_t value,
+MERIDEX_EXPORT void WriteXMLInteger(const XmlNode& node, std::string_view name, std::int16_t value,
                      std::int16_t defaultValue, bool force);
-void MarkDocumentChanged(const XmlNode& node);
-std::int16_t FindXMLNodeIndex(const std::vector<XmlNode>& list, std::string_view childName,
+MERIDEX_EXPORT void MarkDocumentChanged(const XmlNode& node);
+MERIDEX_EXPORT std::int16_t FindXMLNodeIndex(const std::vector<XmlNode>& list, std::string_view childName,
                               std::string_view value);
 
 }  // namespace meridex::XMLOps

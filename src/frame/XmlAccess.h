@@ -1,8 +1,8 @@
 #pragma once
 // Internal bridge between the public views and libxml2.
-#include "frame/XmlDocument.h"
-#include "frame/XmlImpl.h"
-#include "frame/XmlNode.h"
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/frame/XmlImpl.h>
+#include <meridex/frame/XmlNode.h>
 
 namespace meridex {
 

@@ -1,14 +1,14 @@
-#include "frame/XmlDocument.h"
+#include <meridex/frame/XmlDocument.h>
 
 #include <libxml/parser.h>
 #include <libxml/xmlsave.h>
 
 #include <cstring>
 
-#include "frame/FileOps.h"
-#include "frame/Text.h"
-#include "frame/XmlAccess.h"
-#include "frame/XmlImpl.h"
+#include <meridex/frame/FileOps.h>
+#include <meridex/frame/Text.h>
+#include <meridex/frame/XmlAccess.h>
+#include <meridex/frame/XmlImpl.h>
 
 namespace meridex {
 namespace {

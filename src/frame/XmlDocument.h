@@ -1,10 +1,11 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 
-#include "frame/XmlNode.h"
+#include <meridex/frame/XmlNode.h>
 
 namespace meridex {
 
@@ -17,7 +18,7 @@ namespace xmlimpl { struct DocHolder; }
 // refuses documents that declare entities (so no entity bomb can expand).
 // Documents declared windows-1252, documents declared UTF-8 and documents
 // without a declaration in either encoding all load.
-class XmlDocument {
+class MERIDEX_EXPORT XmlDocument {
 public:
     XmlDocument() noexcept = default;
     XmlDocument(const XmlDocument& other) noexcept;

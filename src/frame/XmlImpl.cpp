@@ -1,6 +1,6 @@
-#include "frame/XmlImpl.h"
+#include <meridex/frame/XmlImpl.h>
 
-#include "frame/Utf8.h"
+#include <meridex/frame/Utf8.h>
 
 
 #include <algorithm>

@@ -1,13 +1,13 @@
-#include "frame/XmlNode.h"
+#include <meridex/frame/XmlNode.h>
 
 #include <libxml/xmlsave.h>
 
 #include <cstring>
 
-#include "frame/Text.h"
-#include "frame/XmlAccess.h"
-#include "frame/XmlDocument.h"
-#include "frame/XmlImpl.h"
+#include <meridex/frame/Text.h>
+#include <meridex/frame/XmlAccess.h>
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/frame/XmlImpl.h>
 
 namespace meridex {
 namespace {

@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -32,7 +33,7 @@ enum class XmlNodeType {
 //   its tree is not freed while any view holds it or anything below it.
 // - A node may be appended into any document, including one other than the
 //   document that made it; it moves with its names, text and children.
-class XmlNode {
+class MERIDEX_EXPORT XmlNode {
 public:
     XmlNode() noexcept = default;
     XmlNode(const XmlNode& other) noexcept;

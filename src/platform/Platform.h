@@ -1,23 +1,24 @@
 #pragma once
+#include <meridex/Export.h>
 #include <memory>
 #include <string>
 
-#include "platform/SerialPortSource.h"
-#include "platform/UserStore.h"
+#include <meridex/platform/SerialPortSource.h>
+#include <meridex/platform/UserStore.h>
 
 // What the library asks of the operating system, in one place; each
 // platform's folder supplies these.
 namespace meridex::Platform {
 
 // The current user's settings store.
-std::shared_ptr<UserStore> DefaultUserStore();
+MERIDEX_EXPORT std::shared_ptr<UserStore> DefaultUserStore();
 // This PC's serial ports, numbered with the help of store (where port
 // numbers are pinned and remembered).
-std::shared_ptr<SerialPortSource> DefaultSerialPortSource(std::shared_ptr<UserStore> store);
+MERIDEX_EXPORT std::shared_ptr<SerialPortSource> DefaultSerialPortSource(std::shared_ptr<UserStore> store);
 // The file name of the companion program that writes ports.txt.
-std::string CompanionProgramName();
+MERIDEX_EXPORT std::string CompanionProgramName();
 // The folder of the running program, with no trailing separator ("" when
 // the platform cannot tell).
-std::string ProgramFolder();
+MERIDEX_EXPORT std::string ProgramFolder();
 
 }  // namespace meridex::Platform

@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -7,7 +8,7 @@ namespace meridex {
 
 // One serial port of this PC under its COM number, the number the stored
 // documents use for it.
-struct SerialPort {
+struct MERIDEX_EXPORT SerialPort {
     std::int16_t number = 0;
     std::string device;       // the path that is opened
     std::string description;  // the friendly name shown to the user
@@ -16,7 +17,7 @@ struct SerialPort {
 
 // Where this PC's serial ports come from. The communications map takes one,
 // so it can be given a made-up port list instead of the machine's.
-class SerialPortSource {
+class MERIDEX_EXPORT SerialPortSource {
 public:
     virtual ~SerialPortSource() = default;
     // Every port that has a COM number, ascending, one entry per number. It

@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -9,7 +10,7 @@ namespace meridex {
 // The per-user application settings store: values by application, section
 // and key. Application, section and key names compare ignoring letter case
 // ("MeridexV4" and "MERIDEXV4" are one application).
-class UserStore {
+class MERIDEX_EXPORT UserStore {
 public:
     using Pair = std::pair<std::string, std::string>;
 

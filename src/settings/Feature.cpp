@@ -1,7 +1,7 @@
-#include "settings/Feature.h"
+#include <meridex/settings/Feature.h>
 
-#include "frame/Numeric.h"
-#include "frame/XMLOps.h"
+#include <meridex/frame/Numeric.h>
+#include <meridex/frame/XMLOps.h>
 
 namespace meridex {
 

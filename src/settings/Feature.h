@@ -1,9 +1,10 @@
 #pragma once
+#include <meridex/Export.h>
 #include <string>
 #include <string_view>
 
-#include "frame/XMLFactoryLease.h"
-#include "frame/XmlNode.h"
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XmlNode.h>
 
 namespace meridex {
 
@@ -11,7 +12,7 @@ namespace meridex {
 // (KEY, DESCRIPTION and, when the feature is available, AVAILABLE "-1").
 // Copies view the same element; nothing is cached. A null feature (IsNull())
 // stands for "none": reads give empty results, writes do nothing.
-class Feature {
+class MERIDEX_EXPORT Feature {
 public:
     // A new, detached FEATURE element with no children.
     Feature();

@@ -1,4 +1,4 @@
-#include "settings/KeyedElements.h"
+#include <meridex/settings/KeyedElements.h>
 
 #include <algorithm>
 #include <limits>

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <functional>
 
-#include "frame/Index.h"
-#include "frame/XmlNode.h"
+#include <meridex/frame/Index.h>
+#include <meridex/frame/XmlNode.h>
 
 // Lookup of the keyed children the profile model is made of (PROFILE under
 // PROFILES, FEATURE under PROFILE): each child carries its name in a KEY

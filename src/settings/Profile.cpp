@@ -1,7 +1,7 @@
-#include "settings/Profile.h"
+#include <meridex/settings/Profile.h>
 
-#include "frame/XMLOps.h"
-#include "settings/KeyedElements.h"
+#include <meridex/frame/XMLOps.h>
+#include <meridex/settings/KeyedElements.h>
 
 namespace meridex {
 

@@ -1,13 +1,14 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "frame/Index.h"
-#include "frame/XMLFactoryLease.h"
-#include "frame/XmlNode.h"
-#include "settings/Feature.h"
+#include <meridex/frame/Index.h>
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XmlNode.h>
+#include <meridex/settings/Feature.h>
 
 namespace meridex {
 
@@ -15,7 +16,7 @@ namespace meridex {
 // children. Copies view the same element; every call walks the element, so
 // no list goes stale when another view changes it. A null profile (IsNull())
 // stands for "none".
-class Profile {
+class MERIDEX_EXPORT Profile {
 public:
     // A new, detached PROFILE element with no children.
     Profile();

@@ -1,7 +1,7 @@
-#include "settings/Profiles.h"
+#include <meridex/settings/Profiles.h>
 
-#include "frame/XMLOps.h"
-#include "settings/KeyedElements.h"
+#include <meridex/frame/XMLOps.h>
+#include <meridex/settings/KeyedElements.h>
 
 namespace meridex {
 

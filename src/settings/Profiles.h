@@ -1,18 +1,19 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <optional>
 #include <string_view>
 
-#include "frame/Index.h"
-#include "frame/XMLFactoryLease.h"
-#include "frame/XmlNode.h"
-#include "settings/Profile.h"
+#include <meridex/frame/Index.h>
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XmlNode.h>
+#include <meridex/settings/Profile.h>
 
 namespace meridex {
 
 // The profile collection: a live view of a PROFILES element and its PROFILE
 // children. Copies view the same element.
-class Profiles {
+class MERIDEX_EXPORT Profiles {
 public:
     // A new, detached PROFILES element with no children.
     Profiles();

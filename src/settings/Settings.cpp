@@ -1,15 +1,15 @@
-#include "settings/Settings.h"
+#include <meridex/settings/Settings.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <vector>
 
-#include "frame/FileOps.h"
-#include "frame/Text.h"
-#include "frame/XMLOps.h"
-#include "frame/XmlDocument.h"
-#include "settings/KeyedElements.h"
-#include "settings/V4StandardProfiles.h"
+#include <meridex/frame/FileOps.h>
+#include <meridex/frame/Text.h>
+#include <meridex/frame/XMLOps.h>
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/settings/KeyedElements.h>
+#include <meridex/settings/V4StandardProfiles.h>
 
 namespace meridex {
 

@@ -1,22 +1,23 @@
 #pragma once
+#include <meridex/Export.h>
 #include <concepts>
 #include <string>
 #include <vector>
 #include <string_view>
 
-#include "frame/Numeric.h"
-#include "frame/UnreadableFiles.h"
-#include "frame/XMLFactoryLease.h"
-#include "frame/XmlNode.h"
-#include "settings/Profile.h"
-#include "settings/Profiles.h"
+#include <meridex/frame/Numeric.h>
+#include <meridex/frame/UnreadableFiles.h>
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XmlNode.h>
+#include <meridex/settings/Profile.h>
+#include <meridex/settings/Profiles.h>
 
 namespace meridex {
 
 // The settings store: one V4SETTINGS document in memory, its keys (child
 // elements holding text), its profile collection (PROFILES, always the
 // root's last child) and the current profile. The caller names the file.
-class Settings {
+class MERIDEX_EXPORT Settings {
 public:
     // Empty settings: no keys, no profiles, no current profile.
     Settings();

@@ -1,4 +1,4 @@
-#include "settings/V4StandardProfiles.h"
+#include <meridex/settings/V4StandardProfiles.h>
 
 #include <array>
 

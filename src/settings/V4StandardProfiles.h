@@ -1,8 +1,9 @@
 #pragma once
+#include <meridex/Export.h>
 #include <span>
 #include <string_view>
 
-#include "settings/Profile.h"
+#include <meridex/settings/Profile.h>
 
 namespace meridex {
 
@@ -10,7 +11,7 @@ namespace meridex {
 // catalogue: every feature key the host and its scheme editor ask about, in
 // order, with the description the user sees. Each call builds a new,
 // detached profile.
-class V4StandardProfiles {
+class MERIDEX_EXPORT V4StandardProfiles {
 public:
     struct CatalogueEntry {
         std::string_view key;

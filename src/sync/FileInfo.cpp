@@ -1,4 +1,4 @@
-#include "sync/FileInfo.h"
+#include <meridex/sync/FileInfo.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>

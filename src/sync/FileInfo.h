@@ -1,9 +1,10 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <ctime>
 #include <string>
 
-#include "frame/DateTime.h"
+#include <meridex/frame/DateTime.h>
 
 namespace meridex {
 
@@ -13,7 +14,7 @@ namespace meridex {
 //
 // "Created" is the birth time where the file system records it (statx),
 // otherwise the time of the last status change, the nearest thing POSIX has.
-class FileInfo {
+class MERIDEX_EXPORT FileInfo {
 public:
     FileInfo() = default;  // none
 

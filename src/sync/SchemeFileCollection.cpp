@@ -1,6 +1,6 @@
-#include "sync/SchemeFileCollection.h"
+#include <meridex/sync/SchemeFileCollection.h>
 
-#include "frame/Text.h"
+#include <meridex/frame/Text.h>
 
 namespace meridex {
 

@@ -1,12 +1,13 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstddef>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
-#include "frame/Index.h"
-#include "sync/SchemeFileItem.h"
+#include <meridex/frame/Index.h>
+#include <meridex/sync/SchemeFileItem.h>
 
 namespace meridex {
 
@@ -14,7 +15,7 @@ namespace meridex {
 // 1-based number or by key; keys match ignoring letter case. A key already in
 // the collection is refused (Add answers false and nothing changes), so an
 // item once listed is never silently replaced.
-class SchemeFileCollection {
+class MERIDEX_EXPORT SchemeFileCollection {
 public:
     long Count() const noexcept { return static_cast<long>(live_); }
     // Null when the number is out of range or the key is unknown.

@@ -1,4 +1,4 @@
-#include "sync/SchemeFileItem.h"
+#include <meridex/sync/SchemeFileItem.h>
 
 namespace meridex {
 

@@ -1,9 +1,10 @@
 #pragma once
+#include <meridex/Export.h>
 #include <memory>
 #include <string>
 
-#include "sync/FileInfo.h"
-#include "sync/SchemeSyncOptions.h"
+#include <meridex/sync/FileInfo.h>
+#include <meridex/sync/SchemeSyncOptions.h>
 
 namespace meridex {
 
@@ -11,7 +12,7 @@ namespace meridex {
 // share one item, so an option set through any copy (for instance one taken
 // from a collection) is the option SyncSchemes::Sync sees. Calls on a null
 // item read empty values and change nothing.
-class SchemeFileItem {
+class MERIDEX_EXPORT SchemeFileItem {
 public:
     SchemeFileItem();  // a new item, option syncIgnore
     static SchemeFileItem Null();

@@ -1,4 +1,4 @@
-#include "sync/SchemeFileSystem.h"
+#include <meridex/sync/SchemeFileSystem.h>
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -1,10 +1,11 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <ctime>
 #include <string>
 #include <vector>
 
-#include "sync/FileInfo.h"
+#include <meridex/sync/FileInfo.h>
 
 namespace meridex {
 
@@ -15,7 +16,7 @@ namespace meridex {
 // file and leaves the target exactly as it was.
 //
 // The few steps that touch the disk are virtual so tests can make them fail.
-class SchemeFileSystem {
+class MERIDEX_EXPORT SchemeFileSystem {
 public:
     enum class CopyResult {
         Copied,             // done, times given back

@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <string>
 
@@ -8,7 +9,7 @@ namespace meridex {
 // its loops. Override the events of interest; the defaults do nothing. A
 // handler may call SyncSchemes::CancelSearch. An exception thrown by a
 // handler is dropped, so a faulty handler cannot end a copy half-way.
-class SyncEvents {
+class MERIDEX_EXPORT SyncEvents {
 public:
     virtual ~SyncEvents() = default;
 

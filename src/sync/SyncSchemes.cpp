@@ -1,4 +1,4 @@
-#include "sync/SyncSchemes.h"
+#include <meridex/sync/SyncSchemes.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -10,8 +10,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "frame/Error.h"
-#include "frame/Text.h"
+#include <meridex/frame/Error.h>
+#include <meridex/frame/Text.h>
 
 namespace meridex {
 

@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <array>
 #include <memory>
 #include <string>
@@ -7,10 +8,10 @@
 #include <unordered_set>
 #include <vector>
 
-#include "sync/SchemeFileCollection.h"
-#include "sync/SchemeFileItem.h"
-#include "sync/SchemeFileSystem.h"
-#include "sync/SyncEvents.h"
+#include <meridex/sync/SchemeFileCollection.h>
+#include <meridex/sync/SchemeFileItem.h>
+#include <meridex/sync/SchemeFileSystem.h>
+#include <meridex/sync/SyncEvents.h>
 
 namespace meridex {
 
@@ -28,7 +29,7 @@ namespace meridex {
 // and a file about to be replaced, by an update as much as by a revert, is
 // first kept as "name~0000.BAK" (then ~0001, ...). Errors lists what could not
 // be scanned, sorted or copied, each item with its ErrDescription.
-class SyncSchemes {
+class MERIDEX_EXPORT SyncSchemes {
 public:
     SyncSchemes();
     explicit SyncSchemes(std::shared_ptr<SchemeFileSystem> fileSystem);

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "TempDir.h"
-#include "addressbook/AddressBook.h"
-#include "frame/Error.h"
+#include <meridex/addressbook/AddressBook.h>
+#include <meridex/frame/Error.h>
 
 namespace meridex {
 namespace {

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "addressbook/AddressBook.h"
-#include "frame/Error.h"
-#include "frame/Text.h"
-#include "frame/XMLOps.h"
+#include <meridex/addressbook/AddressBook.h>
+#include <meridex/frame/Error.h>
+#include <meridex/frame/Text.h>
+#include <meridex/frame/XMLOps.h>
 
 namespace meridex {
 namespace {

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "addressbook/Site.h"
-#include "frame/XMLFactoryLease.h"
-#include "frame/XMLOps.h"
+#include <meridex/addressbook/Site.h>
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XMLOps.h>
 
 namespace meridex {
 namespace {

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "CommsTestSupport.h"
-#include "frame/FileOps.h"
+#include <meridex/frame/FileOps.h>
 
 using namespace meridex;
 using namespace meridex::test;

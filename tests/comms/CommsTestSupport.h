@@ -5,11 +5,11 @@
 #include <vector>
 
 #include "TempDir.h"
-#include "comms/CommsProfileManager.h"
-#include "comms/ProfileXml.h"
-#include "frame/XmlDocument.h"
-#include "platform/SerialPortSource.h"
-#include "platform/linux/IniUserStore.h"
+#include <meridex/comms/CommsProfileManager.h>
+#include <meridex/comms/ProfileXml.h>
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/platform/SerialPortSource.h>
+#include <meridex/platform/linux/IniUserStore.h>
 
 namespace meridex::test {
 

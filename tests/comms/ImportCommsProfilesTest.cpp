@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "TempDir.h"
-#include "addressbook/AddressBook.h"
-#include "comms/ImportCommsProfiles.h"
+#include <meridex/addressbook/AddressBook.h>
+#include <meridex/comms/ImportCommsProfiles.h>
 
 namespace meridex {
 namespace {

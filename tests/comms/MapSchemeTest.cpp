@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "CommsTestSupport.h"
-#include "comms/XmlSchemeFile.h"
-#include "frame/Error.h"
+#include <meridex/comms/XmlSchemeFile.h>
+#include <meridex/frame/Error.h>
 
 using namespace meridex;
 using namespace meridex::test;

@@ -8,9 +8,9 @@
 #include <unistd.h>
 
 #include "CommsTestSupport.h"
-#include "comms/SystemOps.h"
-#include "platform/StartedProgram.h"
-#include "platform/linux/LinuxSerialPortSource.h"
+#include <meridex/comms/SystemOps.h>
+#include <meridex/platform/StartedProgram.h>
+#include <meridex/platform/linux/LinuxSerialPortSource.h>
 
 using namespace meridex;
 using namespace meridex::test;

@@ -5,7 +5,7 @@
 #include <sys/wait.h>
 
 #include "CommsTestSupport.h"
-#include "comms/SystemOps.h"
+#include <meridex/comms/SystemOps.h>
 
 using namespace meridex;
 using namespace meridex::test;

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "frame/Base64Encoder.h"
+#include <meridex/frame/Base64Encoder.h>
 #include <vector>
 
-#include "frame/Error.h"
+#include <meridex/frame/Error.h>
 
 using namespace meridex;
 

@@ -3,8 +3,8 @@
 #include <regex>
 
 #include "TempDir.h"
-#include "frame/ErrorHandler.h"
-#include "frame/RecordingUserInterface.h"
+#include <meridex/frame/ErrorHandler.h>
+#include <meridex/frame/RecordingUserInterface.h>
 
 using namespace meridex;
 

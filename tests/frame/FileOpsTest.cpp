@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "TempDir.h"
-#include "frame/Error.h"
-#include "frame/FileOps.h"
+#include <meridex/frame/Error.h>
+#include <meridex/frame/FileOps.h>
 
 using namespace meridex;
 using namespace meridex::FileOps;

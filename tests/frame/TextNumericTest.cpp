@@ -2,10 +2,10 @@
 
 #include <cmath>
 
-#include "frame/Error.h"
-#include "frame/Index.h"
-#include "frame/Numeric.h"
-#include "frame/Text.h"
+#include <meridex/frame/Error.h>
+#include <meridex/frame/Index.h>
+#include <meridex/frame/Numeric.h>
+#include <meridex/frame/Text.h>
 
 using namespace meridex;
 

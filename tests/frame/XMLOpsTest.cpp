@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "frame/Error.h"
-#include "frame/XMLFactoryLease.h"
-#include "frame/XMLOps.h"
+#include <meridex/frame/Error.h>
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XMLOps.h>
 
 using namespace meridex;
 using namespace meridex::XMLOps;

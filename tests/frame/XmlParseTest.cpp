@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "TempDir.h"
-#include "frame/XMLOps.h"
-#include "frame/XmlDocument.h"
+#include <meridex/frame/XMLOps.h>
+#include <meridex/frame/XmlDocument.h>
 
 using namespace meridex;
 

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "frame/XMLFactoryLease.h"
-#include "frame/XMLOps.h"
-#include "frame/XmlDocument.h"
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XMLOps.h>
+#include <meridex/frame/XmlDocument.h>
 
 using namespace meridex;
 

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "frame/XmlDocument.h"
-#include "settings/Feature.h"
-#include "settings/Profile.h"
-#include "settings/Profiles.h"
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/settings/Feature.h>
+#include <meridex/settings/Profile.h>
+#include <meridex/settings/Profiles.h>
 
 namespace meridex {
 namespace {

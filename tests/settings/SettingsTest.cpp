@@ -4,8 +4,8 @@
 #include <string>
 
 #include "TempDir.h"
-#include "frame/XmlDocument.h"
-#include "settings/Settings.h"
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/settings/Settings.h>
 
 namespace meridex {
 namespace {

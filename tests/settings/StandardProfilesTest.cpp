@@ -3,7 +3,7 @@
 #include <set>
 #include <string>
 
-#include "settings/V4StandardProfiles.h"
+#include <meridex/settings/V4StandardProfiles.h>
 
 namespace meridex {
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "sync/SchemeFileCollection.h"
+#include <meridex/sync/SchemeFileCollection.h>
 
 using namespace meridex;
 

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "SyncTestSupport.h"
-#include "sync/SyncSchemes.h"
+#include <meridex/sync/SyncSchemes.h>
 
 using namespace meridex;
 using namespace meridex::test;

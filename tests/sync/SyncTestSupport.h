@@ -9,8 +9,8 @@
 #include "TempDir.h"
 #include <unistd.h>
 
-#include "sync/SchemeFileSystem.h"
-#include "sync/SyncEvents.h"
+#include <meridex/sync/SchemeFileSystem.h>
+#include <meridex/sync/SyncEvents.h>
 
 namespace meridex::test {
 

@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <string>
 
-#include "comms/PortSnapshot.h"
-#include "frame/FileOps.h"
-#include "platform/Platform.h"
+#include <meridex/comms/PortSnapshot.h>
+#include <meridex/frame/FileOps.h>
+#include <meridex/platform/Platform.h>
 
 int main(int argc, char** argv) {
     using namespace meridex;

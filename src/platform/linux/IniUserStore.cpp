@@ -1,4 +1,4 @@
-#include "platform/linux/IniUserStore.h"
+#include <meridex/platform/linux/IniUserStore.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -6,9 +6,9 @@
 #include <pwd.h>
 #include <unistd.h>
 
-#include "frame/Error.h"
-#include "frame/FileOps.h"
-#include "frame/Text.h"
+#include <meridex/frame/Error.h>
+#include <meridex/frame/FileOps.h>
+#include <meridex/frame/Text.h>
 
 namespace meridex {
 namespace {

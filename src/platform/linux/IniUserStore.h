@@ -1,7 +1,7 @@
 #pragma once
 #include <string>
 
-#include "platform/UserStore.h"
+#include <meridex/platform/UserStore.h>
 
 namespace meridex {
 

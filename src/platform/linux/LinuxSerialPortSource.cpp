@@ -1,4 +1,4 @@
-#include "platform/linux/LinuxSerialPortSource.h"
+#include <meridex/platform/linux/LinuxSerialPortSource.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -11,7 +11,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "frame/Text.h"
+#include <meridex/frame/Text.h>
 
 namespace meridex {
 namespace fs = std::filesystem;

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/SerialPortSource.h"
-#include "platform/UserStore.h"
+#include <meridex/platform/SerialPortSource.h>
+#include <meridex/platform/UserStore.h>
 
 namespace meridex {
 

@@ -1,9 +1,9 @@
-#include "platform/Platform.h"
+#include <meridex/platform/Platform.h>
 
 #include <filesystem>
 
-#include "platform/linux/IniUserStore.h"
-#include "platform/linux/LinuxSerialPortSource.h"
+#include <meridex/platform/linux/IniUserStore.h>
+#include <meridex/platform/linux/LinuxSerialPortSource.h>
 
 namespace meridex::Platform {
 

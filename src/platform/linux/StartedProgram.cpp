@@ -1,4 +1,4 @@
-#include "platform/StartedProgram.h"
+#include <meridex/platform/StartedProgram.h>
 
 #include <cerrno>
 #include <csignal>

@@ -1,0 +1,30 @@
+# Debian packages: `cpack -G DEB` in a build configured with the `package` preset
+# makes meridex_<version>_<arch>.deb (library, tool, companion) and
+# meridex-dev_<version>_<arch>.deb (headers, CMake package, pkg-config).
+set(CPACK_PACKAGE_NAME meridex)
+set(CPACK_PACKAGE_VENDOR "Meridex developers")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_CONTACT "Meridex developers <meridex@localhost>")
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
+set(CPACK_GENERATOR DEB)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+set(CPACK_COMPONENTS_ALL runtime development)
+
+set(CPACK_COMPONENT_RUNTIME_DISPLAY_NAME "Meridex library and tools")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME meridex)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
+  "Settings, user profiles, address book, communications map and scheme synchronisation for\n data logger host software, with the meridex command-line tool and the SerialPortInfoDump companion.")
+
+set(CPACK_COMPONENT_DEVELOPMENT_DISPLAY_NAME "Meridex development files")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME meridex-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+  "Headers, the CMake package (find_package(meridex)) and the pkg-config file of Meridex.")
+
+include(CPack)

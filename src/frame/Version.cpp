@@ -1,0 +1,7 @@
+#include <meridex/Version.h>
+
+namespace meridex {
+
+const char* VersionText() noexcept { return MERIDEX_VERSION_STRING; }
+
+}  // namespace meridex

@@ -1,0 +1,69 @@
+#!/usr/bin/env bash
+# Builds Meridex as a user would (static, then shared), installs it into a temporary
+# prefix, and builds and runs examples/embed against the installed tree with
+# find_package, then with pkg-config. Fails when an install rule is missing, when an
+# installed header names an internal or third-party header, or when a header does
+# not compile on its own.
+#   install-and-consume.sh SOURCE_DIR [static|shared ...]
+set -euo pipefail
+src=$(cd "$1" && pwd); shift
+kinds=("$@"); [ ${#kinds[@]} -gt 0 ] || kinds=(static shared)
+work=$(mktemp -d "${TMPDIR:-/tmp}/meridex-consume-XXXXXX")
+trap 'rm -rf "$work"' EXIT
+export XDG_CONFIG_HOME="$work/config"   # the example never touches the real user's files
+
+fail() { echo "install-and-consume: $*" >&2; exit 1; }
+
+for kind in "${kinds[@]}"; do
+  shared=OFF; [ "$kind" = shared ] && shared=ON
+  build="$work/build-$kind"; prefix="$work/prefix-$kind"
+  echo "== $kind: build and install"
+  cmake -S "$src" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=$shared \
+    -DMERIDEX_BUILD_TESTS=OFF -DMERIDEX_BUILD_BENCH=OFF -DCMAKE_INSTALL_PREFIX="$prefix" >"$work/$kind-configure.log" \
+    || { cat "$work/$kind-configure.log"; fail "configure ($kind) failed"; }
+  cmake --build "$build" -j "$(nproc)" >"$work/$kind-build.log" || { tail -50 "$work/$kind-build.log"; fail "build ($kind) failed"; }
+  cmake --install "$build" >"$work/$kind-install.log" || { cat "$work/$kind-install.log"; fail "install ($kind) failed"; }
+
+  inc="$prefix/include/meridex"
+  [ -f "$inc/meridex.h" ] && [ -f "$inc/Version.h" ] && [ -f "$inc/Export.h" ] || fail "umbrella, version or export header not installed"
+  for internal in frame/XmlImpl.h frame/XmlAccess.h frame/Utf8.h addressbook/SiteKeyIndex.h settings/KeyedElements.h platform/StartedProgram.h; do
+    [ ! -e "$inc/$internal" ] || fail "internal header installed: $internal"
+  done
+  [ ! -e "$inc/platform/linux" ] || fail "platform internals installed"
+  if grep -rnE '#include *[<"](libxml/|libserialport|unistd\.h|sys/|fcntl\.h|windows\.h|termios\.h)' "$inc"; then
+    fail "an installed header includes a third-party or operating-system header"
+  fi
+  # Each installed header compiles on its own: nothing it needs is missing.
+  while IFS= read -r header; do
+    rel=${header#"$prefix/include/"}
+    printf '#include <%s>\n' "$rel" | c++ -std=c++20 -fsyntax-only -I"$prefix/include" -x c++ - \
+      || fail "$rel does not compile on its own"
+  done < <(find "$inc" -name '*.h' | sort)
+
+  "$prefix/bin/meridex" --version | grep -q . || fail "the installed tool does not run"
+  [ -x "$prefix/bin/SerialPortInfoDump" ] || fail "the companion is not installed"
+
+  echo "== $kind: examples/embed with find_package"
+  cmake -S "$src/examples/embed" -B "$work/embed-$kind" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >"$work/embed-$kind.log" \
+    || { cat "$work/embed-$kind.log"; fail "examples/embed does not configure against the $kind install"; }
+  cmake --build "$work/embed-$kind" >>"$work/embed-$kind.log" || { cat "$work/embed-$kind.log"; fail "examples/embed does not build ($kind)"; }
+  if [ "$kind" = shared ]; then
+    ldd "$work/embed-$kind/embed" | grep -q "$prefix/lib.*/libmeridex.so.0" || fail "the example is not linked to the installed libmeridex.so.0"
+  fi
+  out=$("$work/embed-$kind/embed" "$src/examples/demo/settings/V4Settings.xml" "$work/book-$kind.xml") \
+    || { echo "$out"; fail "examples/embed failed ($kind)"; }
+  echo "$out"
+  grep -q 'site Hill Creek' <<<"$out" || fail "examples/embed did not find its site"
+
+  echo "== $kind: pkg-config"
+  pcdir=$(dirname "$(find "$prefix" -name meridex.pc | head -1)")
+  [ -n "$pcdir" ] || fail "meridex.pc not installed"
+  static=(); [ "$kind" = static ] && static=(--static)
+  flags=$(PKG_CONFIG_PATH="$pcdir" pkg-config "${static[@]}" --cflags --libs meridex) || fail "pkg-config cannot use meridex.pc"
+  # shellcheck disable=SC2086
+  c++ -std=c++20 "$src/examples/embed/main.cpp" -o "$work/embed-pc-$kind" $flags -Wl,-rpath,"$prefix/lib" \
+    || fail "examples/embed does not build with pkg-config ($kind)"
+  "$work/embed-pc-$kind" "$src/examples/demo/settings/V4Settings.xml" "$work/book-$kind.xml" >/dev/null \
+    || fail "the pkg-config build of examples/embed failed ($kind)"
+done
+echo "install-and-consume: ${kinds[*]} passed"
