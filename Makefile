@@ -1,7 +1,7 @@
 # The two commands: `make demo` and `make test`. Both install what they need first.
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test bootstrap build-dev build-ci bench clean
+.PHONY: demo test docs bootstrap build-dev build-ci bench clean
 
 demo: bootstrap build-dev
 	scripts/demo build/dev/apps/meridex/meridex
@@ -11,6 +11,11 @@ test: bootstrap build-ci
 
 bench: bootstrap build-dev
 	scripts/bench build/dev
+
+# The API reference of the installed headers, in build/docs/html; fails on any Doxygen warning.
+docs: bootstrap
+	cmake --preset docs
+	cmake --build --preset docs
 
 bootstrap:
 	scripts/bootstrap
