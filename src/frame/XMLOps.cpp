@@ -1,5 +1,8 @@
 #include <meridex/frame/XMLOps.h>
 
+#include <cstdio>
+#include <cstdlib>
+
 #include <meridex/frame/Numeric.h>
 #include <meridex/frame/Text.h>
 #include <meridex/frame/XmlAccess.h>
@@ -17,6 +20,23 @@ struct Factory {
 Factory& ThreadFactory() {
     thread_local Factory factory;
     return factory;
+}
+
+// A write that may need the factory, made while no lease holds it, would lose
+// its new element or its change mark without a word: a debug build stops here
+// so the missing XMLFactoryLease is found where it is missing.
+void RequireFactory(const char* routine) {
+#ifndef NDEBUG
+    if (ThreadFactory().uses <= 0) {
+        std::fprintf(stderr,
+                     "meridex: XMLOps::%s: a write with no XMLFactoryLease held (factory use count 0) "
+                     "would lose its element or change mark\n",
+                     routine);
+        std::abort();
+    }
+#else
+    (void)routine;
+#endif
 }
 
 // Creates name under node with text value, made by node's own document;
@@ -124,6 +144,7 @@ bool ReadXMLBoolean(const XmlNode& node, std::string_view name, bool defaultValu
 void WriteXMLString(const XmlNode& node, std::string_view name, std::string_view value, std::string_view defaultValue,
                     bool force) {
     if (!node) return;
+    RequireFactory("WriteXMLString");
     if (XmlNode found = node.SelectSingle(name)) {
         found.SetText(value);
     } else if (force || value != defaultValue) {
@@ -138,6 +159,7 @@ void WriteXMLString(const XmlNode& node, std::string_view name, std::string_view
 void WriteXMLInteger(const XmlNode& node, std::string_view name, std::int16_t value, std::int16_t defaultValue,
                      bool force) {
     if (!node) return;
+    RequireFactory("WriteXMLInteger");
     if (XmlNode found = node.SelectSingle(name)) {
         found.SetText(Numeric::ToText(value));
     } else if (force || value != defaultValue) {
@@ -152,6 +174,7 @@ void WriteXMLInteger(const XmlNode& node, std::string_view name, std::int16_t va
 void MarkDocumentChanged(const XmlNode& node) {
     xmlNodePtr raw = XmlAccess::Raw(node);
     if (!raw || raw->type == XML_DOCUMENT_NODE || !raw->doc) return;
+    RequireFactory("MarkDocumentChanged");
     xmlDocPtr doc = raw->doc;
     xmlNodePtr root = doc->children;
     while (root && root->type != XML_ELEMENT_NODE) root = root->next;
