@@ -46,7 +46,7 @@ void CreateChild(const XmlNode& node, std::string_view name, std::string_view va
     if (!owner) return;
     XmlNode element = owner.CreateElement(name);
     if (!element) return;
-    element.SetText(value);
+    element.setText(value);
     if (node.AppendChild(element)) MarkDocumentChanged(node);
 }
 
@@ -95,7 +95,7 @@ void SetXMLValue(const XmlNode& node, std::string_view name, std::string_view va
     if (!node) return;
     if (force) {
         if (XmlNode found = node.SelectSingle(name)) {
-            found.SetText(value);
+            found.setText(value);
             MarkDocumentChanged(node);
         } else {
             CreateChild(node, name, value);
@@ -109,7 +109,7 @@ void SetXMLValue(const XmlNode& node, std::string_view name, std::string_view va
     }
     if (value == GetXMLValue(node, name, "")) return;
     if (XmlNode found = node.SelectSingle(name)) {
-        found.SetText(value);
+        found.setText(value);
         MarkDocumentChanged(node);
     } else {
         CreateChild(node, name, value);
@@ -146,10 +146,10 @@ void WriteXMLString(const XmlNode& node, std::string_view name, std::string_view
     if (!node) return;
     RequireFactory("WriteXMLString");
     if (XmlNode found = node.SelectSingle(name)) {
-        found.SetText(value);
+        found.setText(value);
     } else if (force || value != defaultValue) {
         if (XmlNode element = CreateXMLElement(name)) {
-            element.SetText(value);
+            element.setText(value);
             node.AppendChild(element);
         }
     }
@@ -161,10 +161,10 @@ void WriteXMLInteger(const XmlNode& node, std::string_view name, std::int16_t va
     if (!node) return;
     RequireFactory("WriteXMLInteger");
     if (XmlNode found = node.SelectSingle(name)) {
-        found.SetText(Numeric::ToText(value));
+        found.setText(Numeric::ToText(value));
     } else if (force || value != defaultValue) {
         if (XmlNode element = CreateXMLElement(name)) {
-            element.SetText(Numeric::ToText(value));
+            element.setText(Numeric::ToText(value));
             node.AppendChild(element);
         }
     }
@@ -197,7 +197,7 @@ void MarkDocumentChanged(const XmlNode& node) {
         holder->changedMark = XmlAccess::Raw(mark);
         holder->changedMarkGeneration = holder->editGeneration;
     }
-    mark.SetText("-1");
+    mark.setText("-1");
 }
 
 std::int16_t FindXMLNodeIndex(const std::vector<XmlNode>& list, std::string_view childName, std::string_view value) {

@@ -70,7 +70,7 @@ public:
     std::string Text() const;
     /// Replaces an element's children by one text node holding text (no text
     /// node at all for an empty text); sets the content of other nodes.
-    void SetText(std::string_view text) const;
+    void setText(std::string_view text) const;
 
     /// The first node a relative name path selects: names separated by "/",
     /// each an exact element name or "*". An invalid path selects nothing.
