@@ -1,0 +1,229 @@
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QComboBox>
+#include <QPlainTextEdit>
+#include <QTreeWidget>
+
+#include <meridex/addressbook/AddressBook.h>
+#include <meridex/frame/Error.h>
+#include <meridex/frame/RecordingUserInterface.h>
+#include <meridex/frame/XMLOps.h>
+#include <meridex/settings/Settings.h>
+
+#include "CommsTestSupport.h"
+#include "DeskDialogs.h"
+#include "DialogTest.h"
+#include "MainWindow.h"
+#include "TempDir.h"
+#include "Workspace.h"
+
+namespace fs = std::filesystem;
+using namespace meridex;
+using meridex::desk::MainWindow;
+using meridex::desk::Workspace;
+using meridex::test::TempDir;
+
+namespace {
+
+// Records which library dialog the desk asked for and with which files; answers as scripted.
+class RecordingDialogs : public desk::DeskDialogs {
+public:
+    void ShowProfileEditor(Settings& settings, QWidget*) override {
+        calls.push_back("ShowProfileEditor:" + settings.SettingsFile());
+        if (editProfiles) editProfiles(settings);
+    }
+    void OpenAddressBook(const std::string& book, const std::string& map, const std::string& schemes) override {
+        calls.push_back("OpenAddressBook:" + book + "|" + map + "|" + schemes);
+    }
+    XmlNode SelectSiteCommsProfiles(AddressBook& book) override {
+        calls.push_back("SelectSiteCommsProfiles:" + book.FilePath());
+        return site;
+    }
+    XmlNode SelectNewCommsDevice() override {
+        calls.push_back("SelectNewCommsDevice");
+        return device;
+    }
+    void EditCommunicationsMap(const std::string& map) override { calls.push_back("EditCommunicationsMap:" + map); }
+    bool UpgradeFirmware(const std::string& folder, QWidget*) override {
+        calls.push_back("UpgradeFirmware:" + folder);
+        return firmwareLinked;
+    }
+
+    std::vector<std::string> calls;
+    std::function<void(Settings&)> editProfiles;
+    XmlNode site;
+    XmlNode device;
+    bool firmwareLinked = false;
+};
+
+class DeskTest : public ::testing::Test {
+protected:
+    DeskTest() : workspace(tmp.File("ws")) {
+        EXPECT_TRUE(workspace.Prepare(MERIDEX_DEMO_DIR));
+        options.ui = ui;
+        options.dialogs = dialogs;
+        options.ports = ports;
+        options.store = std::make_shared<IniUserStore>(tmp.File("store"));
+    }
+    std::unique_ptr<MainWindow> Open() { return std::make_unique<MainWindow>(workspace, options); }
+    // A detached device profile, made by a map of its own.
+    XmlNode Device(std::string_view name, bool phoneModem) {
+        CommsProfileManager maker(ports, options.store);
+        XmlNode device = phoneModem ? maker.AddRS232PhoneModem("7") : maker.AddTCPConnection();
+        XMLOps::SetXMLValue(device, "NAME", name, true);
+        maker.RemoveApplicationProfile(device);
+        return device;
+    }
+
+    TempDir tmp;
+    Workspace workspace;
+    std::shared_ptr<RecordingUserInterface> ui = std::make_shared<RecordingUserInterface>();
+    std::shared_ptr<RecordingDialogs> dialogs = std::make_shared<RecordingDialogs>();
+    std::shared_ptr<test::FakePorts> ports = std::make_shared<test::FakePorts>(std::initializer_list<int>{1, 2});
+    desk::DeskOptions options;
+};
+
+const std::vector<QString> kLockedAway = {"cmdSchemeEditor", "cmdCommsWindow", "cmdUpgradeFirmware", "cmdCommsMap",
+                                          "cmdConfigure"};
+
+}  // namespace
+
+TEST_F(DeskTest, StartUpLoadsTheSettingsAndBringsTheMapInStepWithThePorts) {
+    auto desk = Open();
+    EXPECT_EQ(desk->settings().CurrentProfile().Key(), "Field Crew");
+    auto* profiles = test::Child<QComboBox>(desk.get(), "cboCurrentProfile");
+    EXPECT_EQ(profiles->currentText(), "Field Crew");
+    EXPECT_EQ(profiles->count(), 4);
+    // The map on disk now has a direct profile for each of this PC's two ports, and only those.
+    CommsProfileManager saved(ports, options.store);
+    saved.setMapFile({});
+    ASSERT_TRUE(saved.LoadXMLMapFile(workspace.CommsMapFile().string()));
+    std::vector<std::string> directPorts;
+    for (const XmlNode& p : CommsProfileManager::GetDeviceProfileList(saved.ApplicationProfiles(), "RS232", "DIRECT")) {
+        directPorts.push_back(XMLOps::GetXMLValue(p, "COMMPORT", ""));
+    }
+    EXPECT_EQ(directPorts, (std::vector<std::string>{"1", "2"}));
+}
+
+TEST_F(DeskTest, TheProfileDropDownShowsAndHidesTheCommandsAtOnce) {
+    auto desk = Open();
+    auto* profiles = test::Child<QComboBox>(desk.get(), "cboCurrentProfile");
+    // Every command follows FeatureAvailable of the current profile exactly, "Field Crew" included.
+    for (const auto& command : MainWindow::Commands()) {
+        if (!command.feature) continue;
+        EXPECT_EQ(desk->Action(command.name)->isVisible(), desk->settings().CurrentProfile().FeatureAvailable(command.feature))
+            << command.name;
+    }
+
+    emit profiles->activated(profiles->findText("LOCKDOWN"));
+    for (const QString& name : kLockedAway) EXPECT_FALSE(desk->Action(name)->isVisible()) << name.toStdString();
+    EXPECT_TRUE(desk->Action("cmdUnload")->isVisible());
+    EXPECT_TRUE(desk->Action("cmdTestMode")->isVisible());
+    EXPECT_TRUE(desk->Action("cmdErrorLog")->isVisible()) << "the desk's own commands need no feature";
+    Settings reread;
+    reread.LoadSettings(workspace.SettingsFile().string());
+    EXPECT_EQ(reread.GetString("CURRENT_PROFILE", ""), "LOCKDOWN");
+
+    emit profiles->activated(profiles->findText("ADMINISTRATOR"));
+    for (const QString& name : kLockedAway) EXPECT_TRUE(desk->Action(name)->isVisible()) << name.toStdString();
+    EXPECT_FALSE(desk->SwitchProfile("NO SUCH PROFILE"));
+    EXPECT_EQ(desk->settings().CurrentProfile().Key(), "ADMINISTRATOR");
+}
+
+TEST_F(DeskTest, LibraryCommandsOpenTheirDialogsOnTheWorkspaceFiles) {
+    auto desk = Open();
+    desk->SwitchProfile("ADMINISTRATOR");
+    const std::string book = workspace.AddressBookFile().string();
+    const std::string map = workspace.CommsMapFile().string();
+    const std::string schemes = workspace.DefaultLocalSchemes().string();
+
+    dialogs->editProfiles = [](Settings& settings) {
+        settings.CurrentProfile().Item(std::string("V4_SCHEME_EDITOR")).setAvailable(false);
+    };
+    desk->Action("cmdConfigure")->trigger();
+    desk->Action("cmdCommsMap")->trigger();
+    desk->Action("cmdAddressBook")->trigger();
+    desk->Action("cmdUpgradeFirmware")->trigger();
+    EXPECT_EQ(dialogs->calls, (std::vector<std::string>{
+                                  "ShowProfileEditor:" + workspace.SettingsFile().string(),
+                                  "EditCommunicationsMap:" + map,
+                                  "OpenAddressBook:" + book + "|" + map + "|" + schemes,
+                                  "UpgradeFirmware:" + workspace.FirmwareFolder().string(),
+                              }));
+    EXPECT_FALSE(desk->Action("cmdSchemeEditor")->isVisible()) << "what the profile editor changed shows at once";
+    ASSERT_EQ(ui->Messages().size(), 1u);
+    EXPECT_NE(ui->Messages()[0].text.find("Upgrade Firmware is not available yet"), std::string::npos);
+
+    dialogs->firmwareLinked = true;
+    desk->Action("cmdUpgradeFirmware")->trigger();
+    EXPECT_EQ(ui->Messages().size(), 1u) << "a linked firmware dialog speaks for itself";
+}
+
+TEST_F(DeskTest, NewDeviceAppendsToTheMapAndConnectionShowsTheBestMatch) {
+    auto desk = Open();
+    const auto before = desk->map().ApplicationProfileCount();
+    desk->Action("cmdNewDevice")->trigger();  // the dialog was cancelled: nothing changes
+    EXPECT_EQ(desk->map().ApplicationProfileCount(), before);
+
+    dialogs->device = Device("Harbour link", false);
+    desk->Action("cmdNewDevice")->trigger();
+    EXPECT_EQ(desk->map().ApplicationProfileCount(), before + 1);
+    EXPECT_NE(TempDir::Read(workspace.CommsMapFile().string()).find("Harbour link"), std::string::npos);
+    auto* devices = test::Child<QTreeWidget>(desk.get(), "lvDevices");
+    EXPECT_TRUE(test::Texts(devices).contains("Harbour link"));
+
+    dialogs->site = Device("Site cable", false);
+    desk->Action("cmdConnection")->trigger();
+    ASSERT_EQ(dialogs->calls.back(), "SelectSiteCommsProfiles:" + workspace.AddressBookFile().string());
+    ASSERT_FALSE(ui->Messages().empty());
+    const std::string told = ui->Messages().back().text;
+    EXPECT_NE(told.find("The site's connection: Site cable (IP TCP"), std::string::npos) << told;
+    EXPECT_NE(told.find("The best match on this PC:"), std::string::npos) << told;
+}
+
+TEST_F(DeskTest, HostCommandsSayPlainlyTheyAreTheHostsOwn) {
+    auto desk = Open();
+    for (const char* name : {"cmdUnload", "cmdProgram", "mnuPut"}) {
+        ui->Clear();
+        desk->Action(name)->trigger();
+        ASSERT_EQ(ui->Messages().size(), 1u) << name;
+        EXPECT_NE(ui->Messages()[0].text.find("is a command of the logger host application itself"), std::string::npos);
+    }
+    EXPECT_TRUE(dialogs->calls.empty());
+}
+
+TEST_F(DeskTest, AFailureIsLoggedToTheWorkspaceAndTheLogCanBeShown) {
+    auto desk = Open();
+    desk->SwitchProfile("ADMINISTRATOR");
+    auto showLog = [&] {
+        QString shown;
+        test::ModalScript()
+            .Then([&](QWidget* modal) {
+                EXPECT_EQ(modal->objectName(), "frmErrorLog");
+                shown = test::Child<QPlainTextEdit>(modal, "txtErrorLog")->toPlainText();
+                modal->close();
+            })
+            .Run([&] { desk->Action("cmdErrorLog")->trigger(); });
+        return shown;
+    };
+    EXPECT_EQ(showLog(), "The error log is empty.");
+
+    // A dialog that fails (its save hit a full disk) is told and logged; the desk carries on.
+    dialogs->editProfiles = [](Settings&) { throw Error(75, "frmProfiles", "Disk full"); };
+    desk->Action("cmdConfigure")->trigger();
+    ASSERT_EQ(ui->Messages().size(), 1u);
+    EXPECT_EQ(ui->Messages()[0].text, "MainWindow:cmdConfigure_Click : 75-Disk full");
+    const std::string log = TempDir::Read(workspace.ErrorLogFile().string());
+    EXPECT_NE(log.find("MainWindow:cmdConfigure_Click"), std::string::npos) << log;
+    EXPECT_NE(log.find("Disk full"), std::string::npos) << log;
+
+    const QString shown = showLog();
+    EXPECT_TRUE(shown.contains("MainWindow:cmdConfigure_Click")) << shown.toStdString();
+    EXPECT_TRUE(desk->Action("cmdUnload")->isVisible());
+}
