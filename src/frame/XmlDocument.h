@@ -41,10 +41,10 @@ public:
     // The first element child of the document.
     XmlNode DocumentElement() const;
 
-    // Changes with every edit of the document except an append at the end of
-    // a child list: a removal, an insert before another node, a text
-    // rewritten. Indexes that keep up with their own appends use it to know
-    // when anything else has changed.
+    /// Changes with every edit of the document except an element appended
+    /// after an element (or into an empty element): a removal, an insert before
+    /// another node, a text rewritten or appended. Indexes that keep up with
+    /// their own appends use it to know when anything else has changed.
     std::uint64_t EditGeneration() const noexcept;
 
     // New, detached nodes held by this document until appended somewhere.
