@@ -1,7 +1,7 @@
 # The two commands: `make demo` and `make test`. Both install what they need first.
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test bootstrap build-dev build-ci bench clean
+.PHONY: demo test bootstrap build-dev build-ci bench fuzz clean
 
 demo: bootstrap build-dev
 	scripts/demo build/dev/apps/meridex/meridex
@@ -11,6 +11,12 @@ test: bootstrap build-ci
 
 bench: bootstrap build-dev
 	scripts/bench build/dev
+
+# Each libFuzzer target for FUZZ_SECONDS (default 60); see scripts/fuzz.
+fuzz: bootstrap
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS)
+	scripts/fuzz
 
 bootstrap:
 	scripts/bootstrap
