@@ -225,3 +225,11 @@ TEST(LinuxPorts, StartedProgramsAreAlwaysReaped) {
     EXPECT_FALSE(StartedProgram::Start("/no/such/program", {}).Started());
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
 }
+
+TEST(LinuxPortsAsUser, APortClosedToThisUserIsPresent) {
+    if (geteuid() == 0) GTEST_SKIP() << "needs an unprivileged user; the unprivileged test entry runs it";
+    const std::string port = "/dev/ttyS0";
+    if (access(port.c_str(), F_OK) != 0 || access(port.c_str(), R_OK) == 0)
+        GTEST_SKIP() << port << " is missing or open to this user";
+    EXPECT_TRUE(LinuxSerialPortSource::ProbeDevice(port));
+}

@@ -253,3 +253,19 @@ TEST(FileOps, ASaveRemovesTheTemporariesOfKilledSavesOfThatFileOnly) {
     ASSERT_TRUE(WriteFileAtomic(target, "newer"));
     EXPECT_EQ(Entries(dir.Path()), (std::vector<std::string>{liveTemp, otherFile, "s.xml"}));
 }
+
+// Run as an unprivileged user by the "unprivileged" test entry, where
+// permissions hold for real (root passes every permission check).
+TEST(FileOpsAsUser, AFolderWithoutWritePermissionStillSavesItsWritableFile) {
+    if (geteuid() == 0) GTEST_SKIP() << "needs an unprivileged user; the unprivileged test entry runs it";
+    test::TempDir dir;
+    const std::string target = dir.Write("locked/s.xml", "old");
+    ASSERT_EQ(chmod(dir.File("locked").c_str(), 0555), 0);
+    ASSERT_TRUE(WriteFileAtomic(target, "new"));
+    EXPECT_EQ(test::TempDir::Read(target), "new");
+    EXPECT_EQ(Entries(dir.File("locked")), std::vector<std::string>{"s.xml"});
+    EXPECT_FALSE(WriteFileAtomic(dir.File("locked/other.xml"), "x"));
+    chmod(target.c_str(), 0444);
+    EXPECT_FALSE(WriteFileAtomic(target, "lost"));
+    EXPECT_EQ(test::TempDir::Read(target), "new");
+}

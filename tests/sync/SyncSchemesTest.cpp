@@ -339,3 +339,18 @@ TEST(SyncSchemes, AWriteProtectedFileFailsItsFamilyUnlessReplacingIsAllowed) {
     EXPECT_EQ(strict.CopyFile(t.local + "/Site.XML", remote, true, error), SchemeFileSystem::CopyResult::Failed);
     EXPECT_EQ(TempDir::Read(remote), "new scheme");
 }
+
+TEST(SyncSchemesAsUser, AFolderClosedToWritingFailsItsFamiliesAndChangesNothing) {
+    if (geteuid() == 0) GTEST_SKIP() << "needs an unprivileged user; the unprivileged test entry runs it";
+    Trees t;
+    t.L("Site.SXS", "new", T + 9);
+    t.R("Site.SXS", "old", T);
+    ASSERT_EQ(chmod(t.remote.c_str(), 0555), 0);
+    SyncSchemes sync;
+    sync.GetSchemeList(t.remote, t.local);
+    sync.NewerLocalFiles().Item("/SITE.SXS").setSyncOptions(syncUpdate);
+    sync.Sync();
+    EXPECT_TRUE(sync.Errors().Exists("/SITE.SXS"));
+    EXPECT_EQ(TempDir::Read(t.remote + "/Site.SXS"), "old");
+    EXPECT_EQ(Names(t.remote), std::vector<std::string>{"Site.SXS"});
+}
