@@ -258,21 +258,27 @@ void RemoveDeadTemporaries(const std::string& folder, const std::string& name) {
         if (entryName.substr(0, prefix.size()) != prefix) continue;
         const std::string_view rest = entryName.substr(prefix.size());
         const std::size_t dash = rest.find('-');
-        if (dash == 0 || dash == std::string_view::npos || rest.size() - dash != 7) continue;
-        long long pid = 0;
-        bool digits = true;
-        for (char c : rest.substr(0, dash)) {
-            digits = digits && c >= '0' && c <= '9';
-            pid = pid * 10 + (c - '0');
-            if (pid > 1LL << 31) digits = false;
+        // Saves before process numbers were in the name left ".NAME.tmp-XXXXXX":
+        // no save takes an hour, so one that old is dead.
+        const bool unnumbered = dash == std::string_view::npos && rest.size() == 6;
+        if (!unnumbered) {
+            if (dash == 0 || dash == std::string_view::npos || rest.size() - dash != 7) continue;
+            long long pid = 0;
+            bool digits = true;
+            for (char c : rest.substr(0, dash)) {
+                digits = digits && c >= '0' && c <= '9';
+                pid = pid * 10 + (c - '0');
+                if (pid > 1LL << 31) digits = false;
+            }
+            if (!digits || pid == ::getpid()) continue;
+            if (::kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH) continue;  // maybe still writing
         }
-        if (!digits || pid == ::getpid()) continue;
-        if (::kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH) continue;  // maybe still writing
         const std::string full = folder + "/" + std::string(entryName);
         const int fd = ::open(full.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
         if (fd < 0) continue;
         struct stat st {};
-        if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && ::flock(fd, LOCK_EX | LOCK_NB) == 0)
+        if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && (!unnumbered || st.st_mtime < std::time(nullptr) - 3600) &&
+            ::flock(fd, LOCK_EX | LOCK_NB) == 0)
             ::unlink(full.c_str());
         ::close(fd);
     }

@@ -235,6 +235,12 @@ TEST(FileOps, ASaveRemovesTheTemporariesOfKilledSavesOfThatFileOnly) {
     const std::string liveTemp = ".s.xml.tmp-1-XyZ789";  // process 1 is alive
     const std::string otherFile = ".t.xml.tmp-" + std::to_string(dead) + "-AbC123";
     for (const auto& name : {deadTemp, liveTemp, otherFile}) dir.Write(name, "partial");
+    // Saves before process numbers were in the name: an hour old is dead, a
+    // minute old may still be writing.
+    const struct timespec hourAgo[2] = {{time(nullptr) - 3700, 0}, {time(nullptr) - 3700, 0}};
+    utimensat(AT_FDCWD, dir.Write(".s.xml.tmp-Old123", "partial").c_str(), hourAgo, 0);
+    const std::string recentTemp = ".s.xml.tmp-New123";
+    dir.Write(recentTemp, "partial");
     // A dead writer's temporary that someone still holds locked stays too.
     const std::string heldTemp = ".s.xml.tmp-" + std::to_string(dead) + "-Held00";
     const int held = open(dir.Write(heldTemp, "partial").c_str(), O_RDONLY);
@@ -247,11 +253,11 @@ TEST(FileOps, ASaveRemovesTheTemporariesOfKilledSavesOfThatFileOnly) {
     close(held);
 
     ASSERT_TRUE(WriteFileAtomic(target, "new"));
-    EXPECT_EQ(Entries(dir.Path()), (std::vector<std::string>{liveTemp, heldTemp, otherFile, "s.xml"}));
+    EXPECT_EQ(Entries(dir.Path()), (std::vector<std::string>{liveTemp, heldTemp, recentTemp, otherFile, "s.xml"}));
     kill(holder, SIGKILL);
     waitpid(holder, nullptr, 0);
     ASSERT_TRUE(WriteFileAtomic(target, "newer"));
-    EXPECT_EQ(Entries(dir.Path()), (std::vector<std::string>{liveTemp, otherFile, "s.xml"}));
+    EXPECT_EQ(Entries(dir.Path()), (std::vector<std::string>{liveTemp, recentTemp, otherFile, "s.xml"}));
 }
 
 // Run as an unprivileged user by the "unprivileged" test entry, where
