@@ -12,7 +12,7 @@
 
 #include "TempDir.h"
 #include <meridex/frame/Error.h>
-#include <meridex/frame/DiskSteps.h>
+#include "FailingDiskSteps.h"
 #include <meridex/frame/FileOps.h>
 
 using namespace meridex;
@@ -126,32 +126,6 @@ std::vector<std::string> Entries(const std::string& folder) {
     return names;
 }
 
-// Disk steps that fail as told: the n-th call of a step (counted from 1) sets
-// errno and fails; 0 never.
-struct FailingSteps : DiskSteps {
-    int failCreate = 0, failOpen = 0, failWrite = 0, failSync = 0, failRename = 0;
-    int error = EIO;
-    int creates = 0, opens = 0, writes = 0, syncs = 0, renames = 0;
-    FailingSteps() { InstallDiskSteps(this); }
-    ~FailingSteps() override { InstallDiskSteps(nullptr); }
-    bool Fails(int& count, int failAt) {
-        if (++count != failAt) return false;
-        errno = error;
-        return true;
-    }
-    int CreateTemp(std::string& t) override { return Fails(creates, failCreate) ? -1 : DiskSteps::CreateTemp(t); }
-    int OpenExisting(const std::string& p) override { return Fails(opens, failOpen) ? -1 : DiskSteps::OpenExisting(p); }
-    ssize_t Write(int fd, const char* data, std::size_t size, off_t offset) override {
-        if (Fails(writes, failWrite)) return -1;
-        // Short writes, so a document takes several steps.
-        return DiskSteps::Write(fd, data, std::min<std::size_t>(size, 4096), offset);
-    }
-    int Sync(int fd) override { return Fails(syncs, failSync) ? -1 : DiskSteps::Sync(fd); }
-    int Rename(const std::string& a, const std::string& b) override {
-        return Fails(renames, failRename) ? -1 : DiskSteps::Rename(a, b);
-    }
-};
-
 }  // namespace
 
 TEST(FileOps, SavesGoThroughSymbolicLinksToTheSharedFile) {
@@ -180,7 +154,7 @@ TEST(FileOps, SavesGoThroughSymbolicLinksToTheSharedFile) {
 TEST(FileOps, AFolderThatRefusesNewFilesGetsItsFileRewrittenInPlace) {
     test::TempDir dir;
     const std::string target = dir.Write("locked/book.xml", "the old book, longer than the new one");
-    FailingSteps steps;
+    test::FailingDiskSteps steps;
     steps.error = EACCES;
     steps.failCreate = 1;
     std::string error;
@@ -212,7 +186,7 @@ TEST(FileOps, InjectedDiskFaultsLeaveTheTargetAndNoTemporary) {
     for (int error : {ENOSPC, EIO}) {
         for (int step = 0; step < 3; ++step) {
             for (int failAt = 1; failAt <= (step == 0 ? 13 : 1); ++failAt) {
-                FailingSteps steps;
+                test::FailingDiskSteps steps;
                 steps.error = error;
                 (step == 0 ? steps.failWrite : step == 1 ? steps.failSync : steps.failRename) = failAt;
                 std::string why;

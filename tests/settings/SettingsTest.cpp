@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 
+#include "FailingDiskSteps.h"
 #include "TempDir.h"
 #include <meridex/frame/XmlDocument.h>
 #include <meridex/settings/Settings.h>
@@ -232,6 +233,16 @@ TEST(Settings, SaveThatCannotWriteLeavesTheOldFileAlone) {
 
     Settings nowhere;
     EXPECT_FALSE(nowhere.SaveSettings());
+
+    // A disk that fails at a write, the flush or the rename: false, nothing changed.
+    fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
+    for (int step = 0; step < 3; ++step) {
+        test::FailingDiskSteps disk;
+        disk.error = step == 0 ? ENOSPC : EIO;
+        (step == 0 ? disk.failWrite : step == 1 ? disk.failSync : disk.failRename) = 1;
+        EXPECT_FALSE(settings.SaveSettings());
+        EXPECT_EQ(TempDir::Read(path), kFieldCrew);
+    }
 }
 
 }  // namespace
