@@ -24,6 +24,11 @@ package: bootstrap
 	cmake --build --preset package -j $(JOBS)
 	cd build/package && cpack -G DEB
 
+# The API reference of the installed headers, in build/docs/html; fails on any Doxygen warning.
+docs: bootstrap
+	cmake --preset docs
+	cmake --build --preset docs
+
 bootstrap:
 	scripts/bootstrap
 
