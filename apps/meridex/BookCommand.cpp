@@ -37,11 +37,13 @@ XmlNode NextItem(XmlNode element) {
 }
 
 void LoadToRead(AddressBook& book, const std::string& path) {
-    RequireRead(path, book.LoadAddressBook(path), kRoot, kKind);
+    RequireRead(path, kRoot, kKind);
+    book.LoadAddressBook(path);
 }
 
 void LoadToChange(AddressBook& book, const std::string& path) {
-    RefuseToReplace(path, book.LoadAddressBook(path), kRoot, kKind);
+    RefuseToReplace(path, kRoot, kKind);
+    book.LoadAddressBook(path);
 }
 
 void Save(AddressBook& book) {

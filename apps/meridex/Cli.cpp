@@ -87,7 +87,7 @@ std::string IsoTime(std::time_t time) {
 
 void Note(const std::string& text) { std::cerr << "meridex: " << text << "\n"; }
 
-std::string WhyUnreadable(const std::string& file, std::string_view root, std::string_view kind) {
+std::optional<std::string> Problem(const std::string& file, std::string_view root, std::string_view kind) {
     std::error_code ec;
     if (!std::filesystem::exists(file, ec)) return file + " does not exist";
     if (std::filesystem::is_directory(file, ec)) return file + " is a folder, not a " + std::string(kind);
@@ -99,21 +99,20 @@ std::string WhyUnreadable(const std::string& file, std::string_view root, std::s
     if (name != root)
         return file + " is not a " + std::string(kind) + ": its root is " + (name.empty() ? "missing" : name) +
                ", not " + std::string(root);
-    return file + " could not be read as a " + std::string(kind);
+    return std::nullopt;
 }
 
-void RefuseToReplace(const std::string& file, bool read, std::string_view root, std::string_view kind) {
+void RefuseToReplace(const std::string& file, std::string_view root, std::string_view kind) {
     std::error_code ec;
-    if (read || !std::filesystem::exists(file, ec)) return;
-    if (Forced()) {
-        Note(WhyUnreadable(file, root, kind) + "; replacing it (--force), the old file is kept beside it as .unreadable");
-        return;
-    }
-    throw Failure(kBadInput, WhyUnreadable(file, root, kind) + "; nothing was written (--force replaces it)");
+    if (!std::filesystem::exists(file, ec)) return;
+    const std::optional<std::string> problem = Problem(file, root, kind);
+    if (!problem) return;
+    if (!Forced()) throw Failure(kBadInput, *problem + "; nothing was written (--force replaces it)");
+    Note(*problem + "; replacing it (--force), the old file is kept beside it as .unreadable");
 }
 
-void RequireRead(const std::string& file, bool read, std::string_view root, std::string_view kind) {
-    if (!read) throw Failure(kBadInput, WhyUnreadable(file, root, kind));
+void RequireRead(const std::string& file, std::string_view root, std::string_view kind) {
+    if (const std::optional<std::string> problem = Problem(file, root, kind)) throw Failure(kBadInput, *problem);
 }
 
 int Execute(CLI::App& app, const int& exitCode, int argc, char** argv) {

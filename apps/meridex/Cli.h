@@ -1,5 +1,6 @@
 #pragma once
 #include <ctime>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -57,14 +58,16 @@ std::string IsoTime(std::time_t time);
 // Writes a notice on stderr ("meridex: ...").
 void Note(const std::string& text);
 
-// Why a file could not be read as a document with the given root ("V4SETTINGS"),
-// kind naming it for people ("settings document"): missing, not XML, or another kind.
-std::string WhyUnreadable(const std::string& file, std::string_view root, std::string_view kind);
-// For commands that save: a file that exists but was not read as its own kind
-// is not replaced unless --force was given.
-void RefuseToReplace(const std::string& file, bool read, std::string_view root, std::string_view kind);
-// For commands that only read: the file must exist and be of its kind.
-void RequireRead(const std::string& file, bool read, std::string_view root, std::string_view kind);
+// Why a file is not a readable document with the given root ("V4SETTINGS"):
+// missing, not XML, or of another kind; none when it is one. kind names the
+// document for people ("settings document").
+std::optional<std::string> Problem(const std::string& file, std::string_view root, std::string_view kind);
+// Before a command that saves loads the file: an existing file that is not of
+// its kind is not replaced unless --force was given. (The library loads such a
+// file as empty and would save over it.)
+void RefuseToReplace(const std::string& file, std::string_view root, std::string_view kind);
+// Before a command that only reads: the file must exist and be of its kind.
+void RequireRead(const std::string& file, std::string_view root, std::string_view kind);
 
 // Parses and runs the command line on an app whose commands are added;
 // returns the exit code (exitCode as the command set it, or a failure's).

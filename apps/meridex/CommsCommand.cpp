@@ -40,16 +40,17 @@ struct OpenMap {
 
 // For looking: a missing map is this PC's default map, one of another kind is refused.
 bool LoadToRead(CommsProfileManager& manager, const std::string& file) {
-    const bool read = manager.LoadXMLMapFile(file);
     std::error_code ec;
-    if (!read && std::filesystem::exists(file, ec)) throw Failure(kBadInput, WhyUnreadable(file, kRoot, kKind));
+    if (std::filesystem::exists(file, ec)) RequireRead(file, kRoot, kKind);
+    const bool read = manager.LoadXMLMapFile(file);
     if (!read) Note(file + " does not exist; using this PC's default map");
     return read;
 }
 
 // For saving: a missing map starts from the default map; another kind is not replaced without --force.
-void LoadToChange(CommsProfileManager& manager, const std::string& file) {
-    RefuseToReplace(file, manager.LoadXMLMapFile(file), kRoot, kKind);
+bool LoadToChange(CommsProfileManager& manager, const std::string& file) {
+    RefuseToReplace(file, kRoot, kKind);
+    return manager.LoadXMLMapFile(file);
 }
 
 void Save(CommsProfileManager& manager) {
@@ -154,7 +155,7 @@ int Scan(const Arguments& args) {
     std::string companionDir = args.companionDir.empty() ? Platform::ProgramFolder() : args.companionDir;
     OpenMap map;
     CommsProfileManager& manager = map.manager;
-    LoadToChange(manager, args.map);
+    const bool read = LoadToChange(manager, args.map);
     const std::vector<DeviceLine> before = Devices(manager);
     manager.CleanRS232Direct();
     std::error_code ec;
@@ -172,7 +173,7 @@ int Scan(const Arguments& args) {
         else if (old->name != device.name)
             renamed.push_back({{"key", device.key}, {"from", old->name}, {"to", device.name}, {"where", device.where}});
     }
-    const bool changed = !removed.empty() || !added.empty() || !renamed.empty();
+    const bool changed = !read || !removed.empty() || !added.empty() || !renamed.empty();
     if (!args.dryRun && changed) Save(manager);
     if (JsonOutput()) {
         PrintJson({{"map", args.map},

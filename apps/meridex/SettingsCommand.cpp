@@ -46,12 +46,14 @@ bool IsCurrent(const Settings& settings, const Profile& profile) {
 
 // Commands that only read need the file, of its kind.
 void LoadToRead(Settings& settings, const std::string& file) {
-    RequireRead(file, settings.LoadSettings(file), kRoot, kKind);
+    RequireRead(file, kRoot, kKind);
+    settings.LoadSettings(file);
 }
 
 // Commands that save may start a new file, but never replace one of another kind.
 void LoadToChange(Settings& settings, const std::string& file) {
-    RefuseToReplace(file, settings.LoadSettings(file), kRoot, kKind);
+    RefuseToReplace(file, kRoot, kKind);
+    settings.LoadSettings(file);
 }
 
 void Save(Settings& settings) {
