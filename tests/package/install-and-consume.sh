@@ -42,6 +42,10 @@ for kind in "${kinds[@]}"; do
 
   "$prefix/bin/meridex" --version | grep -q . || fail "the installed tool does not run"
   [ -x "$prefix/bin/SerialPortInfoDump" ] || fail "the companion is not installed"
+  [ -f "$prefix/share/man/man1/meridex.1" ] || fail "the man page is not installed"
+  [ -f "$prefix/share/bash-completion/completions/meridex" ] || fail "the bash completion is not installed"
+  PYTHONPATH="$prefix/lib/python3/dist-packages" /usr/bin/python3 -c 'import meridex; meridex.Settings()' \
+    || fail "the installed Python module does not import ($kind)"
 
   echo "== $kind: examples/embed with find_package"
   cmake -S "$src/examples/embed" -B "$work/embed-$kind" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >"$work/embed-$kind.log" \
