@@ -35,7 +35,12 @@ set(CPACK_COMPONENT_PYTHON_DISPLAY_NAME "Meridex for Python 3")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-meridex)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_COMPONENT_PYTHON_DEPENDS runtime)
-set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3")
+# The module links libmeridex from the meridex package (a dependency of its own),
+# which dpkg-shlibdeps cannot see from here; the interpreter is the one it was built for.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+math(EXPR _meridex_python_next "${Python3_VERSION_MINOR} + 1")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+  "python3 (>= ${Python3_VERSION_MAJOR}.${Python3_VERSION_MINOR}), python3 (<< ${Python3_VERSION_MAJOR}.${_meridex_python_next})")
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION
   "The Python module meridex: settings and user profiles, the address book, the communications map,\n scheme import and synchronisation from Python scripts.")
 

@@ -11,7 +11,7 @@ void BindFrame(py::module_& m) {
                         "Two views of one element see the same data.")
         .def_property_readonly("name", &XmlNode::Name)
         .def_property(
-            "text", &XmlNode::Text, [](const XmlNode& node, std::string_view text) { node.SetText(text); },
+            "text", &XmlNode::Text, [](const XmlNode& node, std::string_view text) { node.setText(text); },
             "The element's text")
         .def_property_readonly(
             "children",
