@@ -327,9 +327,8 @@ int Import(const Arguments& args) {
     std::cout << "Imported " << count.added << " site(s) from " << schemes << " scheme file(s) into " << args.book
               << "\n";
     if (count.existing > 0)
-        std::cout << count.existing << " of them " << (count.existing == 1 ? "was" : "were")
-                  << " already in the book"
-                  << (args.skipExisting ? " and skipped\n" : " and added again (--skip-existing leaves them out)\n");
+        std::cout << count.existing << " of the schemes' site(s) were already in the book: "
+                  << (args.skipExisting ? "skipped\n" : "added again (--skip-existing leaves them out)\n");
     return kOk;
 }
 

@@ -63,7 +63,7 @@ def test_import_twice_tells_what_was_already_there(ws):
     assert first["sitesAdded"] > 0 and first["alreadyInBook"] == 0
     again = ws.run("book", "import", ws.book, ws.schemes)
     assert again.code == OK
-    assert f"{first['sitesAdded']} of them were already in the book" in again.out
+    assert f"{first['sitesAdded']} of the schemes' site(s) were already in the book: added again" in again.out
     skipped = ws.run("book", "import", ws.book, ws.schemes, "--skip-existing", "--json").json()
     assert skipped["sitesAdded"] == 0 and skipped["skipped"] == first["sitesAdded"]
     sites = ws.run("book", "show", ws.book).out.splitlines()[-1]
