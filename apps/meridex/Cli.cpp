@@ -118,6 +118,7 @@ void RequireRead(const std::string& file, std::string_view root, std::string_vie
 int Execute(CLI::App& app, const int& exitCode, int argc, char** argv) {
     app.set_version_flag("--version", std::string("meridex ") + meridex::VersionText());
     app.require_subcommand(1);
+    app.set_help_all_flag("--help-all", "Print the help of every command and exit");
     app.footer(Footer());
     try {
         CheckCommandWords(app, argc, argv);
