@@ -1,11 +1,9 @@
 #pragma once
+#include <meridex/Export.h>
 #include <string>
 
-#include <meridex/Export.h>
-
-/// @file
-/// @brief Where the port description file "ports.txt" is written and read.
-
+/// Where the port description file "ports.txt" is written by the companion
+/// and read by the communications map.
 namespace meridex::PortsFile {
 
 /// The folder for ports.txt: the companion's own folder when it may be
