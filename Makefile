@@ -3,8 +3,15 @@ JOBS ?= $(shell nproc)
 
 .PHONY: demo test screenshots bootstrap build-dev build-ci build-demo bench package docs fuzz clean
 
+# With a display: Meridex Desk on a copy of the demo workspace. Without one (CI, a server): the
+# command-line demo, then the pictures of every window.
 demo: bootstrap build-demo
-	scripts/demo build/demo/apps/meridex/meridex
+	@if [ -n "$${DISPLAY:-}$${WAYLAND_DISPLAY:-}" ] && [ -x build/demo/apps/meridex-desk/meridex-desk ]; then \
+	  scripts/desk-demo build/demo/apps/meridex-desk/meridex-desk; \
+	else \
+	  scripts/demo build/demo/apps/meridex/meridex && $(MAKE) --no-print-directory screenshots && \
+	  echo "No display: the command-line demo ran instead of Meridex Desk; its windows are pictured in docs/screenshots/"; \
+	fi
 
 test: bootstrap build-ci
 	ctest --preset ci -j $(JOBS)

@@ -60,7 +60,7 @@ QTreeWidget* NewList(const QString& name) {
     list->setHeaderLabels({QStringLiteral("Scheme"), QStringLiteral("Action"), QStringLiteral("Local time"),
                            QStringLiteral("Remote time"), QStringLiteral("Note")});
     list->header()->setStretchLastSection(true);
-    list->setColumnWidth(kScheme, 230);
+    list->setColumnWidth(kScheme, 250);
     list->setColumnWidth(kAction, 90);
     list->setColumnWidth(kLocalTime, 140);
     list->setColumnWidth(kRemoteTime, 140);
@@ -142,7 +142,7 @@ SyncWindow::SyncWindow(const std::string& remoteFolder, const std::string& local
     txtFound_ = new QPlainTextEdit;
     txtFound_->setObjectName(QStringLiteral("txtFound"));
     txtFound_->setReadOnly(true);
-    txtFound_->setMaximumHeight(90);
+    txtFound_->setMaximumHeight(72);
 
     lvNewerLocal_ = NewList(QStringLiteral("lvNewerLocal"));
     lvNewerRemote_ = NewList(QStringLiteral("lvNewerRemote"));
@@ -175,7 +175,7 @@ SyncWindow::SyncWindow(const std::string& remoteFolder, const std::string& local
     lvErrors_->setHeaderLabels({QStringLiteral("What"), QStringLiteral("File"), QStringLiteral("Detail")});
     lvErrors_->setColumnWidth(0, 90);
     lvErrors_->setColumnWidth(1, 380);
-    lvErrors_->setMaximumHeight(110);
+    lvErrors_->setMaximumHeight(96);
 
     prgSync_ = new QProgressBar;
     prgSync_->setObjectName(QStringLiteral("prgSync"));
@@ -202,7 +202,8 @@ SyncWindow::SyncWindow(const std::string& remoteFolder, const std::string& local
     layout->addWidget(lvErrors_);
     layout->addWidget(lblStatus_);
     layout->addLayout(buttons);
-    resize(980, 820);
+    cmdCompare_->setFocus();
+    resize(1000, 900);
 }
 
 SyncWindow::~SyncWindow() {
@@ -353,8 +354,8 @@ QString SyncWindow::TimeNote(const FileInfo& local, const FileInfo& remote) {
     const long long a = local.Modified().tv_sec;
     const long long b = remote.Modified().tv_sec;
     const long long apart = a > b ? a - b : b - a;
-    if (apart == 3600) return QStringLiteral("Exactly one hour apart: a daylight-saving change, probably not an edit");
-    if (apart > 0 && apart <= 2) return QStringLiteral("Under two seconds apart: FAT keeps times to two seconds");
+    if (apart == 3600) return QStringLiteral("One hour apart: a daylight-saving change?");
+    if (apart > 0 && apart <= 2) return QStringLiteral("Seconds apart: FAT keeps times to 2 s");
     return {};
 }
 

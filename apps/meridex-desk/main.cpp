@@ -1,5 +1,5 @@
 // Meridex Desk: a reference host over one workspace folder.
-// Usage: meridex-desk [--workspace DIR] [--profile KEY] [--screenshot FILE]
+// Usage: meridex-desk [--workspace DIR] [--profile KEY] [--screenshot FILE] [--prepare]
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -18,11 +18,12 @@ namespace {
 
 int Usage() {
     std::fprintf(stderr,
-                 "usage: meridex-desk [--workspace DIR] [--profile KEY] [--screenshot FILE]\n"
+                 "usage: meridex-desk [--workspace DIR] [--profile KEY] [--screenshot FILE] [--prepare]\n"
                  "  --workspace DIR    the workspace folder (default: $XDG_DATA_HOME/meridex/workspace,\n"
                  "                     made from the demo workspace on first use)\n"
                  "  --profile KEY      make the profile of that key current first\n"
-                 "  --screenshot FILE  save a picture of the main window to FILE (PNG) once shown, and quit\n");
+                 "  --screenshot FILE  save a picture of the main window to FILE (PNG) once shown, and quit\n"
+                 "  --prepare          make the workspace ready (from the demo when new), print its folder, and quit\n");
     return 2;
 }
 
@@ -32,6 +33,7 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Meridex Desk"));
     std::string folder, profile, screenshot;
+    bool prepareOnly = false;
     const QStringList args = QApplication::arguments();
     for (int i = 1; i < args.size(); ++i) {
         const QString arg = args[i];
@@ -46,6 +48,8 @@ int main(int argc, char** argv) {
             if (!value(profile)) return Usage();
         } else if (arg == QLatin1String("--screenshot")) {
             if (!value(screenshot)) return Usage();
+        } else if (arg == QLatin1String("--prepare")) {
+            prepareOnly = true;
         } else {
             return Usage();
         }
@@ -58,6 +62,10 @@ int main(int argc, char** argv) {
     if (!workspace.Prepare(meridex::desk::Workspace::DemoFolder(), &error)) {
         std::fprintf(stderr, "meridex-desk: %s\n", error.c_str());
         return 1;
+    }
+    if (prepareOnly) {
+        std::printf("%s\n", workspace.Folder().string().c_str());
+        return 0;
     }
     meridex::desk::DeskOptions options;
     options.companionFolder = meridex::Platform::ProgramFolder();
