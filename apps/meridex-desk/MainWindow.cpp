@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include <fstream>
+#include <map>
 #include <sstream>
 
 #include <QAction>
@@ -19,6 +20,7 @@
 
 #include <meridex/frame/Error.h>
 #include <meridex/frame/XMLOps.h>
+#include <meridex/platform/SerialPortSource.h>
 #include <meridex/settings/V4StandardProfiles.h>
 #include <meridex/ui/frame/ImageKeys.h>
 
@@ -189,13 +191,17 @@ void MainWindow::BuildCommands() {
     facts->addRow(QStringLiteral("Firmware:"), path(workspace_.FirmwareFolder()));
     facts->addRow(QStringLiteral("Error log:"), path(workspace_.ErrorLogFile()));
     layout->addLayout(facts);
-    layout->addWidget(new QLabel(QStringLiteral("Connection devices of this PC (the communications map):")));
+    lblDevices_ = new QLabel;
+    lblDevices_->setObjectName(QStringLiteral("lblDevices"));
+    layout->addWidget(lblDevices_);
     lvDevices_ = new QTreeWidget;
     lvDevices_->setObjectName(QStringLiteral("lvDevices"));
     lvDevices_->setRootIsDecorated(false);
-    lvDevices_->setHeaderLabels({QStringLiteral("Device"), QStringLiteral("Kind"), QStringLiteral("Port or address")});
+    lvDevices_->setHeaderLabels({QStringLiteral("Device"), QStringLiteral("Kind"), QStringLiteral("Port or address"),
+                                 QStringLiteral("On this PC")});
     lvDevices_->setColumnWidth(0, 320);
     lvDevices_->setColumnWidth(1, 200);
+    lvDevices_->setColumnWidth(2, 160);
     layout->addWidget(lvDevices_, 1);
     setCentralWidget(central);
 }
@@ -209,19 +215,34 @@ void MainWindow::FillProfiles() {
 
 void MainWindow::FillDevices() {
     lvDevices_->clear();
+    // Which COM numbers this PC has now: a device on any other port cannot be used here.
+    std::map<std::string, bool> ports;
+    for (const SerialPort& port : map_->Ports().ListPorts()) ports[std::to_string(port.number)] = map_->Ports().Probe(port);
+    int missing = 0;
     for (std::int16_t i = 1; i <= map_->ApplicationProfileCount(); ++i) {
         const XmlNode profile = map_->ApplicationProfile(i);
         const std::string method = XMLOps::GetXMLValue(profile, "METHOD", "");
         const std::string port = XMLOps::GetXMLValue(profile, "COMMPORT", "");
         const std::string address = XMLOps::GetXMLValue(profile, "ADDRESS", "");
+        QString status = QStringLiteral("network");
+        if (!port.empty()) {
+            const auto found = ports.find(port);
+            status = found == ports.end() ? QStringLiteral("no such port") : found->second ? QStringLiteral("port present")
+                                                                                           : QStringLiteral("port absent");
+            if (found == ports.end() || !found->second) ++missing;
+        }
         auto* row = new QTreeWidgetItem(lvDevices_, {Q(XMLOps::GetXMLValue(profile, "NAME", "")),
                                                      Q(XMLOps::GetXMLValue(profile, "TYPE", "") + " " + method),
-                                                     Q(port.empty() ? address : "COM" + port)});
+                                                     Q(port.empty() ? address : "COM" + port), status});
         ui::setItemKey(row, Q(XMLOps::GetXMLValue(profile, "KEY", "")));
         const std::string icon = XMLOps::GetXMLValue(profile, "ICON", "");
         ui::setImageKey(row, Q(icon.empty() ? (method == "DIRECT" ? "DIRECT" : method == "PHONEMODEM" ? "PHONEMODEM" : "IP")
                                             : icon));
     }
+    lblDevices_->setText(missing == 0 ? QStringLiteral("Connection devices of this PC (the communications map):")
+                                      : QStringLiteral("Connection devices of this PC (the communications map): %1 on a "
+                                                       "serial port this PC does not have now")
+                                            .arg(missing));
 }
 
 QAction* MainWindow::Action(const QString& name) const {

@@ -42,7 +42,8 @@ struct DeskOptions {
 
 /// Meridex Desk's main window (`frmDesk`) over one workspace: the host commands in menus and on the
 /// toolbar, each shown exactly when the current profile has its feature, the current profile in a
-/// drop-down of the status bar (`cboCurrentProfile`), and the map's devices.
+/// drop-down of the status bar (`cboCurrentProfile`), and the map's devices with whether each one's
+/// serial port is on this PC now (`lvDevices`).
 class MainWindow : public QMainWindow {
 public:
     /// Loads the workspace's settings and map as a host does at start-up (the workspace must be prepared).
@@ -101,6 +102,7 @@ private:
     std::vector<std::pair<const Command*, QAction*>> actions_;
     QComboBox* cboCurrentProfile_ = nullptr;
     QTreeWidget* lvDevices_ = nullptr;
+    QLabel* lblDevices_ = nullptr;
     QLabel* lblLocalSchemes_ = nullptr;
     QPointer<SyncWindow> sync_;
 };

@@ -49,7 +49,7 @@ struct DemoWorkspace {
 desk::DeskOptions Options(const DemoWorkspace& demo) {
     desk::DeskOptions options;
     options.ui = std::make_shared<RecordingUserInterface>();
-    options.ports = std::make_shared<test::FakePorts>(std::initializer_list<int>{1, 3});
+    options.ports = std::make_shared<test::FakePorts>(std::initializer_list<int>{1, 2});
     options.store = std::make_shared<IniUserStore>(demo.tmp.File("store"));
     return options;
 }

@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -7,6 +8,7 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QLabel>
 #include <QPlainTextEdit>
 #include <QTreeWidget>
 
@@ -81,6 +83,25 @@ TEST_F(DeskTest, StartUpLoadsTheSettingsAndBringsTheMapInStepWithThePorts) {
         directPorts.push_back(XMLOps::GetXMLValue(p, "COMMPORT", ""));
     }
     EXPECT_EQ(directPorts, (std::vector<std::string>{"1", "2"}));
+
+    // The window says which devices can be used on this PC: the demo's office modem is on COM3.
+    auto statusByPort = [](const MainWindow& window) {
+        auto* devices = test::Child<QTreeWidget>(&window, "lvDevices");
+        std::map<QString, QString> status;
+        for (int i = 0; i < devices->topLevelItemCount(); ++i) {
+            status[devices->topLevelItem(i)->text(2)] += devices->topLevelItem(i)->text(3) + ";";
+        }
+        return status;
+    };
+    EXPECT_EQ(statusByPort(*desk), (std::map<QString, QString>{{"COM1", "port present;"},
+                                                              {"COM2", "port present;"},
+                                                              {"COM3", "no such port;"},
+                                                              {"127.0.0.1", "network;network;"}}));
+    EXPECT_TRUE(test::Child<QLabel>(desk.get(), "lblDevices")->text().endsWith("1 on a serial port this PC does not have now"));
+
+    // COM2 is still listed but its adapter does not answer: its direct cable goes from the map.
+    ports->present.erase(2);
+    EXPECT_EQ(statusByPort(*Open()).count("COM2"), 0u);
 }
 
 TEST_F(DeskTest, TheProfileDropDownShowsAndHidesTheCommandsAtOnce) {
