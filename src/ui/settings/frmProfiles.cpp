@@ -209,7 +209,7 @@ void frmProfiles::LoadSelectedProfile() {
     Guard("frmProfiles:LoadSelectedProfile", [&] {
         const Filling filling(filling_);
         lvFeatures->clear();
-        loaded_ = Profile(XmlNode{});
+        loaded_ = Profile::None();
         const QTreeWidgetItem* selected = lvProfiles->currentItem();
         if (!selected) return;
         loaded_ = settings_->Profiles().Item(ItemKey(selected).toStdString());

@@ -74,7 +74,7 @@ private:
     std::shared_ptr<UserInterface> ui_;
     Settings* settings_ = nullptr;
     // The profile whose features lvFeatures shows; null when none is loaded.
-    Profile loaded_{XmlNode{}};
+    Profile loaded_ = Profile::None();
     // True while the editor fills its own lists, so that their signals are not taken for the user's.
     bool filling_ = false;
 
