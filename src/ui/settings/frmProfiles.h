@@ -67,6 +67,8 @@ public:
 
 private:
     std::shared_ptr<UserInterface> ui() const;
+    // The settings being edited; a handler run before they are given fails with error 91.
+    Settings& Edited() const;
     // Runs a handler's body; a failure is shown in a warning box and ends the handler.
     void Guard(const char* context, const std::function<void()>& body);
     void BuildControls();
