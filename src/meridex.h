@@ -43,3 +43,7 @@
 #include <meridex/sync/SyncSchemes.h>
 #include <meridex/platform/Platform.h>
 #include <meridex/platform/SerialPortSource.h>
+
+/// @namespace meridex
+/// @brief The Meridex core library: settings and user profiles, the address book, the
+/// communications map, scheme synchronisation, and the XML and platform ground under them.

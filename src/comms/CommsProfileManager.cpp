@@ -378,7 +378,11 @@ XmlNode CommsProfileManager::GetBestMatch(const XmlNode& Profile) {
 }
 
 void CommsProfileManager::MapSchemeCommsProfiles(Scheme& iScheme) {
-    const XmlNode list = iScheme.CommsProfiles();
+    MapSchemeCommsProfiles(iScheme.CommsProfiles(), iScheme.SchemeText());
+}
+
+void CommsProfileManager::MapSchemeCommsProfiles(const XmlNode& profiles, std::string_view schemeText) {
+    const XmlNode list = profiles;
     if (!list) return;
     PortSnapshot ports(*ports_);
     const XmlNode oldDefault = GetDefaultProfile(list);
@@ -486,7 +490,7 @@ void CommsProfileManager::MapSchemeCommsProfiles(Scheme& iScheme) {
 
     // The default.
     if (!oldDefault) {
-        if (XmlNode chosen = ChooseDefault(list, iScheme.SchemeText())) SetExisting(chosen, "DEFAULT", "-1");
+        if (XmlNode chosen = ChooseDefault(list, std::string(schemeText))) SetExisting(chosen, "DEFAULT", "-1");
     } else if (!(GetDefaultProfile(list) == oldDefault)) {
         XmlNode same = GetDeviceProfile(list, ChildText(oldDefault, "TYPE"), ChildText(oldDefault, "METHOD"));
         if (same) {

@@ -1,5 +1,8 @@
 #include <meridex/frame/XMLOps.h>
 
+#include <cstdio>
+#include <cstdlib>
+
 #include <meridex/frame/Numeric.h>
 #include <meridex/frame/Text.h>
 #include <meridex/frame/XmlAccess.h>
@@ -19,6 +22,23 @@ Factory& ThreadFactory() {
     return factory;
 }
 
+// A write that may need the factory, made while no lease holds it, would lose
+// its new element or its change mark without a word: a debug build stops here
+// so the missing XMLFactoryLease is found where it is missing.
+void RequireFactory(const char* routine) {
+#ifndef NDEBUG
+    if (ThreadFactory().uses <= 0) {
+        std::fprintf(stderr,
+                     "meridex: XMLOps::%s: a write with no XMLFactoryLease held (factory use count 0) "
+                     "would lose its element or change mark\n",
+                     routine);
+        std::abort();
+    }
+#else
+    (void)routine;
+#endif
+}
+
 // Creates name under node with text value, made by node's own document;
 // any failure is ignored.
 void CreateChild(const XmlNode& node, std::string_view name, std::string_view value) {
@@ -26,7 +46,7 @@ void CreateChild(const XmlNode& node, std::string_view name, std::string_view va
     if (!owner) return;
     XmlNode element = owner.CreateElement(name);
     if (!element) return;
-    element.SetText(value);
+    element.setText(value);
     if (node.AppendChild(element)) MarkDocumentChanged(node);
 }
 
@@ -75,7 +95,7 @@ void SetXMLValue(const XmlNode& node, std::string_view name, std::string_view va
     if (!node) return;
     if (force) {
         if (XmlNode found = node.SelectSingle(name)) {
-            found.SetText(value);
+            found.setText(value);
             MarkDocumentChanged(node);
         } else {
             CreateChild(node, name, value);
@@ -89,7 +109,7 @@ void SetXMLValue(const XmlNode& node, std::string_view name, std::string_view va
     }
     if (value == GetXMLValue(node, name, "")) return;
     if (XmlNode found = node.SelectSingle(name)) {
-        found.SetText(value);
+        found.setText(value);
         MarkDocumentChanged(node);
     } else {
         CreateChild(node, name, value);
@@ -124,11 +144,12 @@ bool ReadXMLBoolean(const XmlNode& node, std::string_view name, bool defaultValu
 void WriteXMLString(const XmlNode& node, std::string_view name, std::string_view value, std::string_view defaultValue,
                     bool force) {
     if (!node) return;
+    RequireFactory("WriteXMLString");
     if (XmlNode found = node.SelectSingle(name)) {
-        found.SetText(value);
+        found.setText(value);
     } else if (force || value != defaultValue) {
         if (XmlNode element = CreateXMLElement(name)) {
-            element.SetText(value);
+            element.setText(value);
             node.AppendChild(element);
         }
     }
@@ -138,11 +159,12 @@ void WriteXMLString(const XmlNode& node, std::string_view name, std::string_view
 void WriteXMLInteger(const XmlNode& node, std::string_view name, std::int16_t value, std::int16_t defaultValue,
                      bool force) {
     if (!node) return;
+    RequireFactory("WriteXMLInteger");
     if (XmlNode found = node.SelectSingle(name)) {
-        found.SetText(Numeric::ToText(value));
+        found.setText(Numeric::ToText(value));
     } else if (force || value != defaultValue) {
         if (XmlNode element = CreateXMLElement(name)) {
-            element.SetText(Numeric::ToText(value));
+            element.setText(Numeric::ToText(value));
             node.AppendChild(element);
         }
     }
@@ -152,6 +174,7 @@ void WriteXMLInteger(const XmlNode& node, std::string_view name, std::int16_t va
 void MarkDocumentChanged(const XmlNode& node) {
     xmlNodePtr raw = XmlAccess::Raw(node);
     if (!raw || raw->type == XML_DOCUMENT_NODE || !raw->doc) return;
+    RequireFactory("MarkDocumentChanged");
     xmlDocPtr doc = raw->doc;
     xmlNodePtr root = doc->children;
     while (root && root->type != XML_ELEMENT_NODE) root = root->next;
@@ -174,7 +197,7 @@ void MarkDocumentChanged(const XmlNode& node) {
         holder->changedMark = XmlAccess::Raw(mark);
         holder->changedMarkGeneration = holder->editGeneration;
     }
-    mark.SetText("-1");
+    mark.setText("-1");
 }
 
 std::int16_t FindXMLNodeIndex(const std::vector<XmlNode>& list, std::string_view childName, std::string_view value) {

@@ -138,7 +138,7 @@ std::string XmlNode::Text() const {
     return text;
 }
 
-void XmlNode::SetText(std::string_view text) const {
+void XmlNode::setText(std::string_view text) const {
     xmlNodePtr node = XmlAccess::Raw(*this);
     if (!node) return;
     const std::string clean = xmlimpl::CleanText(text);

@@ -138,6 +138,6 @@ TEST(CommsProfileManager, ListIgnoresCaseWhileTheSingleLookupDoesNot) {
     EXPECT_TRUE(CommsProfileManager::GetDeviceProfile(list, "Rs232", "DIRECT").IsNull());
     EXPECT_TRUE(CommsProfileManager::GetDeviceProfileList(list, "IP", "TCP").empty());
     EXPECT_EQ(CommsProfileManager::GetDefaultProfile(list), profiles[2]);
-    profiles[2].SelectSingle("DEFAULT").SetText("0");
+    profiles[2].SelectSingle("DEFAULT").setText("0");
     EXPECT_TRUE(CommsProfileManager::GetDefaultProfile(list).IsNull());
 }

@@ -78,7 +78,7 @@ TEST(XmlParse, SaveIsAtomicAndNewDocumentsCarryTheExactInstruction) {
 
     // With a root and non-ASCII text, the text is written in the encoding
     // the instruction names, and loads back.
-    fresh.DocumentNode().AppendChild(fresh.CreateElement("MAP")).SetText("Ménage €");
+    fresh.DocumentNode().AppendChild(fresh.CreateElement("MAP")).setText("Ménage €");
     ASSERT_TRUE(fresh.Save(dir.File("new.xml")));
     const std::string bytes = test::TempDir::Read(dir.File("new.xml"));
     EXPECT_NE(bytes.find("M\xE9nage \x80"), std::string::npos);
