@@ -293,6 +293,7 @@ frmCommsMap::Frame& frmCommsMap::MakeFrame(const QString& name, const QString& t
         case Input::Prompt: {
             auto* combo = new QComboBox(frame->box);
             combo->setEditable(true);
+            combo->setMinimumWidth(130);
             combo->setInsertPolicy(QComboBox::NoInsert);
             if (field.input == Input::BaudRate) {
                 for (const char* rate : {"1200", "2400", "4800", "9600", "19200", "38400", "57600", "115200"})

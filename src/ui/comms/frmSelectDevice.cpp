@@ -39,7 +39,7 @@ frmSelectDevice::frmSelectDevice(QWidget* parent) : QDialog(parent) {
     tvDevices->setHeaderHidden(true);
     tvDevices->setUniformRowHeights(true);
     tvDevices->setSelectionMode(QAbstractItemView::SingleSelection);
-    tvDevices->setMinimumSize(240, 220);
+    tvDevices->setMinimumSize(270, 220);
     tvDevices->installEventFilter(this);
     tvDevices->viewport()->installEventFilter(this);
     tvDevices->viewport()->setMouseTracking(true);
@@ -57,6 +57,8 @@ frmSelectDevice::frmSelectDevice(QWidget* parent) : QDialog(parent) {
     auto* lblSummaryCaption = Label(QStringLiteral("lblSummaryCaption"), QStringLiteral("Summary:"), picInfo);
     lblSummary = Label(QStringLiteral("lblSummary"), {}, picInfo);
     lblSummary->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    lblSummary->setWordWrap(true);
+    lblName->setWordWrap(true);
     lblSummary->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     auto* info = new QGridLayout(picInfo);
     info->addWidget(imgProfile, 0, 0, 2, 1, Qt::AlignTop);
@@ -76,7 +78,7 @@ frmSelectDevice::frmSelectDevice(QWidget* parent) : QDialog(parent) {
     auto* layout = new QHBoxLayout(this);
     layout->addWidget(tvDevices, 2);
     layout->addWidget(picInfo, 3);
-    resize(620, 360);
+    resize(740, 380);
 
     connect(tvDevices, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* node) {
         if (!filling_ && node) tvDevices_NodeClick(node);
