@@ -1,7 +1,7 @@
 # The two commands: `make demo` and `make test`. Both install what they need first.
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test screenshots bootstrap build-dev build-ci build-demo bench package docs clean
+.PHONY: demo test screenshots bootstrap build-dev build-ci build-demo bench package docs fuzz clean
 
 demo: bootstrap build-demo
 	scripts/demo build/demo/apps/meridex/meridex
@@ -17,6 +17,12 @@ screenshots: bootstrap
 	cmake --preset dev
 	cmake --build --preset dev -j $(JOBS) --target meridex-screenshots
 	build/dev/tests/ui/meridex-screenshots docs/screenshots
+
+# Each libFuzzer target for FUZZ_SECONDS (default 60); see scripts/fuzz.
+fuzz: bootstrap
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS)
+	scripts/fuzz
 
 # Debian packages in build/package: meridex_<version>_<arch>.deb and meridex-dev_...
 package: bootstrap
