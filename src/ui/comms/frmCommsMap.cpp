@@ -600,6 +600,13 @@ void frmCommsMap::cmdOK_Click() {
             accept();
             return;
         }
+        // The profile holds the last valid text of a field whose text is now refused; saving that
+        // unseen would surprise the person.
+        if (lblWarning->isVisible()) {
+            ui()->MessageBox(lblWarning->text().toStdString() + "\n\nCorrect the field, or choose Cancel to keep the map as it was.",
+                             MessageButtons::OK, MessageIcon::Exclamation, {});
+            return;
+        }
         std::string error;
         if (!map_->SaveXMLMapFile(mapFile_, &error)) {
             map_->setMapFile({});

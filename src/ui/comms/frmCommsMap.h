@@ -67,7 +67,8 @@ public:
     /// Removes direct profiles whose port has gone, adds those of new ports, names them after the
     /// ports' descriptions, and says what changed.
     void cmdScanPorts_Click();
-    /// Saves the map; a save that fails is reported and the editor stays open.
+    /// Saves the map; a save that fails, or a field whose text is refused, is reported and the editor
+    /// stays open.
     void cmdOK_Click();
     /// Discards every change and closes.
     void cmdCancel_Click();

@@ -170,9 +170,24 @@ TEST_F(CommsMapEditor, FieldsAreCheckedWhereTheyAreTyped) {
     address->clear();
     Type(address, "logger..example");
     EXPECT_TRUE(warning->isVisible());
-    address->clear();
-    Type(address, "fe80::1");
-    EXPECT_EQ(Field(Profile(3), "ADDRESS"), "fe80::1");
+    for (const char* wrong : {"300.1.1.1", "10.0.0", "1:2:3:4:5:6:7:8:9", "fe80::1::2", "-gateway"}) {
+        address->clear();
+        Type(address, wrong);
+        EXPECT_TRUE(warning->isVisible()) << wrong;
+        EXPECT_NE(Field(Profile(3), "ADDRESS"), wrong);
+    }
+    // OK refuses while a field's text is refused: the profile holds only its last valid text.
+    Click(Child<QPushButton>(&form, "cmdOK"));
+    EXPECT_TRUE(form.isVisible());
+    ASSERT_EQ(prompts->Messages().size(), 1U);
+    EXPECT_NE(prompts->Messages()[0].text.find("IPv4 or IPv6"), std::string::npos);
+    EXPECT_EQ(ReadAll(path), original);
+    for (const char* right : {"192.168.40.254", "::ffff:10.1.2.3", "fe80::1%eth0", "2001:db8:0:0:0:0:0:1", "fe80::1"}) {
+        address->clear();
+        Type(address, right);
+        EXPECT_FALSE(warning->isVisible()) << right;
+        EXPECT_EQ(Field(Profile(3), "ADDRESS"), right);
+    }
     address->clear();
     Type(address, "gw-7.example.net");
     EXPECT_EQ(Field(Profile(3), "ADDRESS"), "gw-7.example.net");
