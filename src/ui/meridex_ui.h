@@ -11,3 +11,6 @@
 #include <meridex/ui/settings/frmProfiles.h>
 #include <meridex/ui/settings/frmSetPassword.h>
 #include <meridex/ui/settings/frmV4InputBox.h>
+#include <meridex/ui/comms/frmCommsMap.h>
+#include <meridex/ui/comms/frmNewCommsMapDevice.h>
+#include <meridex/ui/comms/frmSelectDevice.h>
