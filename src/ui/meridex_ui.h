@@ -11,3 +11,5 @@
 #include <meridex/ui/settings/frmProfiles.h>
 #include <meridex/ui/settings/frmSetPassword.h>
 #include <meridex/ui/settings/frmV4InputBox.h>
+#include <meridex/ui/frame/DrawProgress.h>
+#include <meridex/ui/frame/ProgressPicture.h>
