@@ -16,19 +16,20 @@ class MERIDEX_EXPORT RecordingUserInterface : public UserInterface {
 public:
     /// One message box as it was asked for.
     struct Message {
-        std::string text;
-        MessageButtons buttons;
-        MessageIcon icon;
-        std::string caption;
-        MessageDefaultButton defaultButton;
+        std::string text;                     ///< The message.
+        MessageButtons buttons;               ///< The buttons offered.
+        MessageIcon icon;                     ///< The icon shown.
+        std::string caption;                  ///< The title.
+        MessageDefaultButton defaultButton;   ///< The button Enter chooses.
     };
     /// One input box as it was asked for.
     struct Input {
-        std::string prompt;
-        std::string title;
-        InputBoxOptions options;
+        std::string prompt;        ///< The question.
+        std::string title;         ///< The title.
+        InputBoxOptions options;   ///< The starting text and what may be typed.
     };
 
+    /// Records the message and answers the next queued result.
     MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
                              const std::string& caption,
                              MessageDefaultButton defaultButton = MessageDefaultButton::First) override;

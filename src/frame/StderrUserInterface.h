@@ -9,6 +9,7 @@ namespace meridex {
 /// who is not there.
 class MERIDEX_EXPORT StderrUserInterface : public UserInterface {
 public:
+    /// Writes the message to standard error and answers the first button.
     MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
                              const std::string& caption,
                              MessageDefaultButton defaultButton = MessageDefaultButton::First) override;
