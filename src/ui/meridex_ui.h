@@ -13,3 +13,7 @@
 #include <meridex/ui/settings/frmV4InputBox.h>
 #include <meridex/ui/frame/DrawProgress.h>
 #include <meridex/ui/frame/ProgressPicture.h>
+#include <meridex/ui/addressbook/frmAddressBook.h>
+#include <meridex/ui/addressbook/frmImport.h>
+#include <meridex/ui/addressbook/frmNewSite.h>
+#include <meridex/ui/addressbook/frmSelectSite.h>

@@ -1,5 +1,8 @@
 #include <meridex/ui/settings/V4Dialogs.h>
 
+#include <meridex/ui/addressbook/frmAddressBook.h>
+#include <meridex/ui/addressbook/frmSelectSite.h>
+
 namespace meridex::ui {
 
 V4Dialogs::V4Dialogs(std::shared_ptr<UserInterface> ui) : ui_(std::move(ui)) {}
@@ -19,9 +22,19 @@ std::string V4Dialogs::SetPassword() const { return ui()->SetPassword(); }
 
 bool V4Dialogs::EnterPassword(const std::string& password) const { return ui()->EnterPassword(password); }
 
-void V4Dialogs::OpenAddressBook(const std::string&, const std::string&, const std::string&) const {}
+void V4Dialogs::OpenAddressBook(const std::string& addressBookFile, const std::string& commsMapFile,
+                                const std::string& schemesFolder) const {
+    frmAddressBook editor(ui_);
+    editor.LoadAddressBook(addressBookFile, commsMapFile, schemesFolder);
+    editor.exec();
+}
 
-XmlNode V4Dialogs::SelectSiteCommsProfiles(AddressBook&) const { return {}; }
+XmlNode V4Dialogs::SelectSiteCommsProfiles(AddressBook& addressBook) const {
+    frmSelectSite dialog;
+    dialog.setAddressBook(&addressBook);
+    dialog.exec();
+    return dialog.SelectedProfile();
+}
 
 XmlNode V4Dialogs::SelectNewCommsDevice() const { return {}; }
 
