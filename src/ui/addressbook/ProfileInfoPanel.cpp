@@ -45,7 +45,8 @@ ProfileInfoPanel::ProfileInfoPanel(QWidget* parent) : QFrame(parent) {
     lblSummary = Label(QStringLiteral("lblSummary"), {}, this);
     lblSummary->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     lblSummary->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    lblSummary->setWordWrap(true);
+    // One parameter a line: a wrapped value would read as a parameter of its own.
+    lblSummary->setWordWrap(false);
 
     auto* layout = new QGridLayout(this);
     layout->addWidget(imgProfile, 0, 0, 2, 1, Qt::AlignTop);

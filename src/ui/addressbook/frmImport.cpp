@@ -39,9 +39,13 @@ frmImport::frmImport(QWidget* parent) : QDialog(parent) {
     setWindowTitle(QStringLiteral("Import"));
     lblMessage = new QLabel(this);
     lblMessage->setObjectName(QStringLiteral("lblMessage"));
-    lblMessage->setMinimumWidth(460);
+    lblMessage->setMinimumWidth(520);
     lblMessage->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     lblMessage->setTextFormat(Qt::PlainText);
+    // Two lines for a long scheme path, so the window keeps its size from one message to the next.
+    lblMessage->setWordWrap(true);
+    lblMessage->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    lblMessage->setFixedHeight(lblMessage->fontMetrics().lineSpacing() * 2 + 2);
     picProgress = new ProgressPicture(QStringLiteral("picProgress"), this);
     cmdCancel = new QPushButton(QStringLiteral("&Cancel"), this);
     cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
@@ -53,7 +57,7 @@ frmImport::frmImport(QWidget* parent) : QDialog(parent) {
     layout->addWidget(lblMessage);
     layout->addWidget(picProgress);
     layout->addLayout(buttons);
-    resize(520, sizeHint().height());
+    resize(600, sizeHint().height());
 }
 
 frmImport::~frmImport() = default;

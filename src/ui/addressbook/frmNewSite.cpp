@@ -52,7 +52,7 @@ frmNewSite::frmNewSite(QWidget* parent) : CancellableDialog(QStringLiteral("frmN
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(columns, 1);
     layout->addLayout(ButtonRow());
-    resize(600, 360);
+    resize(680, 380);
 
     connect(lvDevices, &QTreeWidget::currentItemChanged, this, [this] {
         if (!filling_) lvDevices_ItemClick();

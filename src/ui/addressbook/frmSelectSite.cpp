@@ -32,7 +32,7 @@ frmSelectSite::frmSelectSite(QWidget* parent) : QDialog(parent) {
     auto* layout = new QHBoxLayout(this);
     layout->addWidget(tvGroups, 1);
     layout->addWidget(picInfo, 1);
-    resize(620, 400);
+    resize(720, 420);
 
     Tree::FollowExpansion(tvGroups);
     connect(tvGroups, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* node) {

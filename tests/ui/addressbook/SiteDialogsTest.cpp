@@ -1,7 +1,11 @@
 // The new-site and site-selection dialogs driven through their real widgets.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <filesystem>
 #include <memory>
+
+#include <QAction>
 
 #include <QApplication>
 #include <QLabel>
@@ -193,6 +197,25 @@ TEST(Facade, SelectSiteCommsProfilesAnswersTheChosenSitesProfile) {
         .Then([](QWidget* dialog) { QTest::keyClick(Child<QTreeWidget>(dialog, "tvGroups"), Qt::Key_Return); })
         .Run([&] { chosen = ui::V4Dialogs().SelectSiteCommsProfiles(book); });
     EXPECT_EQ(chosen, book.FindSite("\\North\\Hill\\Hill Gauge").Profile());
+}
+
+}  // namespace
+
+namespace {
+
+TEST(Facade, OpenAddressBookShowsTheEditorOnTheFilesAndSavesOnExit) {
+    TempDir dir;
+    const std::string book = WriteSmallBook(dir);
+    const auto before = std::filesystem::last_write_time(book);
+    std::filesystem::last_write_time(book, before - std::chrono::hours(1));
+    ModalScript()
+        .Then([](QWidget* editor) {
+            EXPECT_EQ(editor->objectName(), "frmAddressBook");
+            EXPECT_EQ(Texts(Child<QTreeWidget>(editor, "tvGroups")), QStringList{"Address Book"});
+            Child<QAction>(editor, "mnuExit")->trigger();
+        })
+        .Run([&] { ui::V4Dialogs().OpenAddressBook(book, dir.File("map.xml"), dir.File("schemes")); });
+    EXPECT_GT(std::filesystem::last_write_time(book), before - std::chrono::hours(1));
 }
 
 }  // namespace
