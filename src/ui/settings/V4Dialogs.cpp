@@ -3,6 +3,8 @@
 #include <meridex/ui/comms/frmCommsMap.h>
 #include <meridex/ui/comms/frmNewCommsMapDevice.h>
 #include <meridex/ui/comms/frmSelectDevice.h>
+#include <meridex/ui/addressbook/frmAddressBook.h>
+#include <meridex/ui/addressbook/frmSelectSite.h>
 
 namespace meridex::ui {
 
@@ -23,9 +25,19 @@ std::string V4Dialogs::SetPassword() const { return ui()->SetPassword(); }
 
 bool V4Dialogs::EnterPassword(const std::string& password) const { return ui()->EnterPassword(password); }
 
-void V4Dialogs::OpenAddressBook(const std::string&, const std::string&, const std::string&) const {}
+void V4Dialogs::OpenAddressBook(const std::string& addressBookFile, const std::string& commsMapFile,
+                                const std::string& schemesFolder) const {
+    frmAddressBook editor(ui_);
+    editor.LoadAddressBook(addressBookFile, commsMapFile, schemesFolder);
+    editor.exec();
+}
 
-XmlNode V4Dialogs::SelectSiteCommsProfiles(AddressBook&) const { return {}; }
+XmlNode V4Dialogs::SelectSiteCommsProfiles(AddressBook& addressBook) const {
+    frmSelectSite dialog;
+    dialog.setAddressBook(&addressBook);
+    dialog.exec();
+    return dialog.SelectedProfile();
+}
 
 void V4Dialogs::setCommsSources(std::shared_ptr<SerialPortSource> ports, std::shared_ptr<UserStore> store) {
     ports_ = std::move(ports);

@@ -33,12 +33,12 @@ public:
     /// True when the person types exactly password; false when the entry differs or is cancelled.
     bool EnterPassword(const std::string& password) const;
 
-    /// The address book editor on these files. Not connected yet: does nothing visible until the
-    /// address book editor comes.
+    /// Opens the address book editor (`frmAddressBook`) modally on these files; the book is saved
+    /// when the editor closes.
     void OpenAddressBook(const std::string& addressBookFile, const std::string& commsMapFile,
                          const std::string& schemesFolder) const;
-    /// The `PROFILE` element of the site chosen in the site-profile selection dialog, or null. Not
-    /// connected yet: shows nothing and answers null until that dialog comes.
+    /// The `PROFILE` element (the book's own, not a copy) of the site chosen in the site-selection
+    /// dialog (`frmSelectSite`), or null when none was chosen.
     XmlNode SelectSiteCommsProfiles(AddressBook& addressBook) const;
     /// The new device profile built in the new-device dialog (`frmNewCommsMapDevice`, its
     /// NewDevice), or null when cancelled. The profile lives in a scratch map of its own; give it to
