@@ -1,7 +1,7 @@
 # The two commands: `make demo` and `make test`. Both install what they need first.
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test bootstrap build-dev build-ci bench clean
+.PHONY: demo test screenshots bootstrap build-dev build-ci bench clean
 
 demo: bootstrap build-dev
 	scripts/demo build/dev/apps/meridex/meridex
@@ -11,6 +11,12 @@ test: bootstrap build-ci
 
 bench: bootstrap build-dev
 	scripts/bench build/dev
+
+# Every dialog of the library rendered offscreen to docs/screenshots/NAME.png.
+screenshots: bootstrap
+	cmake --preset dev
+	cmake --build --preset dev -j $(JOBS) --target meridex-screenshots
+	build/dev/tests/ui/meridex-screenshots docs/screenshots
 
 bootstrap:
 	scripts/bootstrap

@@ -9,36 +9,66 @@
 
 namespace meridex {
 
-// A user interface that remembers every message and answers from a script;
-// for tests and for unattended runs.
+/// A user interface that remembers everything it is asked and answers from a script: for tests and
+/// unattended runs. Unscripted, a message box answers its default button, an input box its default
+/// text, and both password dialogs are cancelled.
 class MERIDEX_EXPORT RecordingUserInterface : public UserInterface {
 public:
+    /// One message box as it was asked for.
     struct Message {
         std::string text;
         MessageButtons buttons;
         MessageIcon icon;
         std::string caption;
+        MessageDefaultButton defaultButton;
+    };
+    /// One input box as it was asked for.
+    struct Input {
+        std::string prompt;
+        std::string title;
+        InputBoxOptions options;
     };
 
     MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
-                             const std::string& caption) override;
+                             const std::string& caption,
+                             MessageDefaultButton defaultButton = MessageDefaultButton::First) override;
     std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,
-                                        const std::string& defaultText) override;
+                                        const InputBoxOptions& options = {}) override;
+    std::string SetPassword() override;
+    bool EnterPassword(const std::string& password) override;
 
-    // Answers given in order; when none is queued a message box answers its
-    // first button and an input box answers its default text.
+    /// The next message box answers result.
     void QueueMessageResult(MessageResult result) { messageResults_.push_back(result); }
+    /// The next input box answers answer (an empty optional cancels it).
     void QueueInput(std::optional<std::string> answer) { inputs_.push_back(std::move(answer)); }
+    /// The next SetPassword returns password (empty: cancelled).
+    void QueueNewPassword(std::string password) { newPasswords_.push_back(std::move(password)); }
+    /// The next EnterPassword is answered as if typed were typed (an empty optional cancels it).
+    void QueuePasswordEntry(std::optional<std::string> typed) { passwordEntries_.push_back(std::move(typed)); }
 
+    /// Every message box, oldest first.
     const std::vector<Message>& Messages() const noexcept { return messages_; }
+    /// The prompt of every input box, oldest first.
     const std::vector<std::string>& Prompts() const noexcept { return prompts_; }
-    void Clear() { messages_.clear(); prompts_.clear(); }
+    /// Every input box, oldest first.
+    const std::vector<Input>& Inputs() const noexcept { return inputs_asked_; }
+    /// How many times a new password was asked for.
+    int SetPasswordCount() const noexcept { return setPasswordCount_; }
+    /// The password each EnterPassword was to be checked against, oldest first.
+    const std::vector<std::string>& PasswordChecks() const noexcept { return passwordChecks_; }
+    /// Forgets what was asked (the queued answers stay).
+    void Clear();
 
 private:
     std::vector<Message> messages_;
     std::vector<std::string> prompts_;
+    std::vector<Input> inputs_asked_;
+    std::vector<std::string> passwordChecks_;
+    int setPasswordCount_ = 0;
     std::deque<MessageResult> messageResults_;
     std::deque<std::optional<std::string>> inputs_;
+    std::deque<std::string> newPasswords_;
+    std::deque<std::optional<std::string>> passwordEntries_;
 };
 
 }  // namespace meridex

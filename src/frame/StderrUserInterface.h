@@ -4,15 +4,18 @@
 
 namespace meridex {
 
-// The interface in force until a real one is installed: messages go to
-// standard error, a message box answers its first button and an input box
-// is cancelled, so nothing ever waits for a person who is not there.
+/// The interface in force until a real one is installed: messages go to standard error, a message
+/// box answers its first button and every prompt is cancelled, so nothing ever waits for a person
+/// who is not there.
 class MERIDEX_EXPORT StderrUserInterface : public UserInterface {
 public:
     MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
-                             const std::string& caption) override;
+                             const std::string& caption,
+                             MessageDefaultButton defaultButton = MessageDefaultButton::First) override;
     std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,
-                                        const std::string& defaultText) override;
+                                        const InputBoxOptions& options = {}) override;
+    std::string SetPassword() override;
+    bool EnterPassword(const std::string& password) override;
 };
 
 }  // namespace meridex

@@ -74,6 +74,30 @@ void Settings::Reset() {
     current_ = Profile(XmlNode{});
 }
 
+namespace {
+
+Settings::ProfileEditorOpener& InstalledProfileEditor() {
+    static Settings::ProfileEditorOpener opener;
+    return opener;
+}
+
+}  // namespace
+
+void Settings::setProfileEditorOpener(ProfileEditorOpener opener) { InstalledProfileEditor() = std::move(opener); }
+
+bool Settings::ShowProfileEditor(void* ownerWindow) {
+    // Copied, so an editor that installs another opener while it is open cannot pull the running one away.
+    const ProfileEditorOpener opener = InstalledProfileEditor();
+    if (!opener) return false;
+    try {
+        opener(*this, ownerWindow);
+    } catch (...) {
+        // The editor reports its own failures; whatever escapes it still leaves a document to save.
+    }
+    if (!path_.empty()) SaveSettings();
+    return false;
+}
+
 void Settings::setCurrentProfile(const Profile& profile) {
     current_ = profile;
     SetString(kCurrentProfile, profile.Key(), true);

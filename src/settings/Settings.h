@@ -1,6 +1,7 @@
 #pragma once
 #include <meridex/Export.h>
 #include <concepts>
+#include <functional>
 #include <string>
 #include <vector>
 #include <string_view>
@@ -63,6 +64,17 @@ public:
     // atomically. A file that could not be read is first kept beside itself.
     // Failures are not reported beyond the result: true when written.
     bool SaveSettings(const std::string& newSettingsFile = {});
+
+    /// Opens the profile editor modally over ownerWindow (null: no owner), then saves to the
+    /// remembered path when there is one. Always false; the result carries no meaning. The core has no
+    /// GUI: the editor is the one the dialog library installs with setProfileEditorOpener (the Qt
+    /// dialogs take ownerWindow as a QWidget*). With no editor installed the call shows nothing and
+    /// saves nothing.
+    bool ShowProfileEditor(void* ownerWindow = nullptr);
+    /// What opens the profile editor over settings and returns when it has closed.
+    using ProfileEditorOpener = std::function<void(Settings& settings, void* ownerWindow)>;
+    /// Installs the profile editor of this process (an empty opener removes it).
+    static void setProfileEditorOpener(ProfileEditorOpener opener);
 
     const std::string& SettingsFile() const noexcept { return path_; }
     // The V4SETTINGS element.

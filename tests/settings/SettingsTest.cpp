@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "TempDir.h"
 #include <meridex/frame/XmlDocument.h>
@@ -222,6 +224,49 @@ TEST(Settings, SaveThatCannotWriteLeavesTheOldFileAlone) {
 
     Settings nowhere;
     EXPECT_FALSE(nowhere.SaveSettings());
+}
+
+}  // namespace
+}  // namespace meridex
+
+namespace meridex {
+namespace {
+
+// The core has no editor of its own: the dialog library installs one, and the store saves after it.
+TEST(Settings, ShowProfileEditorRunsTheInstalledEditorThenSaves) {
+    TempDir dir;
+    const std::string path = dir.Write("settings.xml", kFieldCrew);
+    Settings settings;
+    settings.LoadSettings(path);
+    settings.SetString("LANG", "de");
+
+    Settings::setProfileEditorOpener({});
+    EXPECT_FALSE(settings.ShowProfileEditor());
+    EXPECT_EQ(TempDir::Read(path), kFieldCrew) << "nothing shown, nothing saved";
+
+    int owner = 0;
+    std::vector<std::pair<Settings*, void*>> opened;
+    bool savedWhileOpen = false;
+    Settings::setProfileEditorOpener([&](Settings& edited, void* ownerWindow) {
+        opened.emplace_back(&edited, ownerWindow);
+        savedWhileOpen = savedWhileOpen || TempDir::Read(path) != kFieldCrew;
+        edited.SetString("LANG", "fr");
+    });
+    EXPECT_FALSE(settings.ShowProfileEditor(&owner));
+    ASSERT_EQ(opened.size(), 1u);
+    EXPECT_EQ(opened[0], std::make_pair(&settings, static_cast<void*>(&owner)));
+    EXPECT_FALSE(savedWhileOpen) << "saved only when the editor has closed";
+    Settings reloaded;
+    reloaded.LoadSettings(path);
+    EXPECT_EQ(reloaded.GetString("LANG", ""), "fr");
+
+    // Settings without a path are edited but have nowhere to be saved.
+    Settings fresh;
+    EXPECT_FALSE(fresh.ShowProfileEditor());
+    ASSERT_EQ(opened.size(), 2u);
+    EXPECT_EQ(opened[1].first, &fresh);
+    EXPECT_EQ(fresh.SettingsFile(), "");
+    Settings::setProfileEditorOpener({});
 }
 
 }  // namespace

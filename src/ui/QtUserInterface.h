@@ -1,0 +1,25 @@
+#pragma once
+#include <meridex/ui/Export.h>
+#include <meridex/frame/UserInterface.h>
+
+namespace meridex::ui {
+
+/// The user interface of a Qt application: message boxes are QMessageBoxes, the input box is
+/// `frmV4InputBox`, and the password prompts are `frmSetPassword` and `frmEnterPassword`, each
+/// modal over the window that is active. Installed by InstallQtDialogs().
+class MERIDEX_UI_EXPORT QtUserInterface : public UserInterface {
+public:
+    MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
+                             const std::string& caption,
+                             MessageDefaultButton defaultButton = MessageDefaultButton::First) override;
+    /// `frmV4InputBox` with the title, the prompt and the options; cancelled gives an empty optional.
+    std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,
+                                        const InputBoxOptions& options = {}) override;
+    /// `frmSetPassword`, shown again after "Passwords don't match" until both entries agree;
+    /// cancelled gives an empty text.
+    std::string SetPassword() override;
+    /// `frmEnterPassword`; true when the entry equals password exactly.
+    bool EnterPassword(const std::string& password) override;
+};
+
+}  // namespace meridex::ui

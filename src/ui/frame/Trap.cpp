@@ -1,0 +1,26 @@
+#include <meridex/ui/frame/Trap.h>
+
+#include <new>
+
+namespace meridex::ui {
+
+TrappedFailure FailureOf(std::exception_ptr failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const Error& e) {
+        return {e.Number(), e.Description()};
+    } catch (const std::bad_alloc&) {
+        return {7, "Out of memory"};
+    } catch (const std::exception& e) {
+        const std::string what = e.what();
+        return {51, what.empty() ? std::string("Internal error") : what};
+    } catch (...) {
+        return {51, "Internal error"};
+    }
+}
+
+std::string FailureText(std::string_view context, const TrappedFailure& failure) {
+    return std::string(context) + " : " + std::to_string(failure.number) + "-" + failure.description;
+}
+
+}  // namespace meridex::ui

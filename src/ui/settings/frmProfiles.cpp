@@ -1,0 +1,345 @@
+#include <meridex/ui/settings/frmProfiles.h>
+
+#include <QComboBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include <meridex/frame/Error.h>
+#include <meridex/frame/Text.h>
+#include <meridex/settings/Feature.h>
+#include <meridex/settings/Profiles.h>
+#include <meridex/settings/Settings.h>
+#include <meridex/settings/V4StandardProfiles.h>
+#include <meridex/ui/frame/ImageKeys.h>
+#include <meridex/ui/frame/Trap.h>
+#include <meridex/ui/settings/PasswordCoding.h>
+#include <meridex/ui/settings/V4Dialogs.h>
+
+namespace meridex::ui {
+namespace {
+
+constexpr const char* kUnlocked = "PROFILES_UNLOCKED";
+constexpr const char* kPassword = "PROFILE_PASSWORD";
+constexpr const char* kCurrentProfile = "CURRENT_PROFILE";
+
+QString Q(const std::string& text) { return QString::fromStdString(text); }
+
+// Sets a flag for the life of a scope and restores what it was.
+class Filling {
+public:
+    explicit Filling(bool& flag) : flag_(flag), was_(flag) { flag_ = true; }
+    ~Filling() { flag_ = was_; }
+    Filling(const Filling&) = delete;
+    Filling& operator=(const Filling&) = delete;
+
+private:
+    bool& flag_;
+    bool was_;
+};
+
+QTreeWidget* ListView(const QString& name, QWidget* parent) {
+    auto* list = new QTreeWidget(parent);
+    list->setObjectName(name);
+    list->setColumnCount(1);
+    list->setHeaderHidden(true);
+    list->setRootIsDecorated(false);
+    list->setUniformRowHeights(true);
+    list->setSelectionMode(QAbstractItemView::SingleSelection);
+    return list;
+}
+
+QPushButton* Button(const QString& name, const QString& caption, QWidget* parent) {
+    auto* button = new QPushButton(caption, parent);
+    button->setObjectName(name);
+    button->setAutoDefault(false);
+    return button;
+}
+
+}  // namespace
+
+frmProfiles::frmProfiles(std::shared_ptr<UserInterface> ui, QWidget* parent) : QDialog(parent), ui_(std::move(ui)) {
+    setObjectName(QStringLiteral("frmProfiles"));
+    setWindowTitle(QStringLiteral("User Profiles"));
+    BuildControls();
+}
+
+frmProfiles::~frmProfiles() = default;
+
+void frmProfiles::BuildControls() {
+    // Everything but the closing row sits in Scroller1, so a small window scrolls instead of squeezing.
+    Scroller1 = new QScrollArea(this);
+    Scroller1->setObjectName(QStringLiteral("Scroller1"));
+    Scroller1->setWidgetResizable(true);
+    Scroller1->setFrameShape(QFrame::NoFrame);
+    auto* content = new QWidget(Scroller1);
+    content->setObjectName(QStringLiteral("picContent"));
+
+    lblSelectProfile = new QLabel(QStringLiteral("&Profiles:"), content);
+    lblSelectProfile->setObjectName(QStringLiteral("lblSelectProfile"));
+    lvProfiles = ListView(QStringLiteral("lvProfiles"), content);
+    lblSelectProfile->setBuddy(lvProfiles);
+    cmdAddProfile = Button(QStringLiteral("cmdAddProfile"), QStringLiteral("&Add..."), content);
+    cmdDeleteProfile = Button(QStringLiteral("cmdDeleteProfile"), QStringLiteral("&Delete"), content);
+    lblSetCurrentProfile = new QLabel(QStringLiteral("C&urrent profile:"), content);
+    lblSetCurrentProfile->setObjectName(QStringLiteral("lblSetCurrentProfile"));
+    cboCurrentProfile = new QComboBox(content);
+    cboCurrentProfile->setObjectName(QStringLiteral("cboCurrentProfile"));
+    cboCurrentProfile->setEditable(false);
+    lblSetCurrentProfile->setBuddy(cboCurrentProfile);
+
+    fraProfile = new QGroupBox(QStringLiteral("Features"), content);
+    fraProfile->setObjectName(QStringLiteral("fraProfile"));
+    lvFeatures = ListView(QStringLiteral("lvFeatures"), fraProfile);
+    auto* frameLayout = new QVBoxLayout(fraProfile);
+    frameLayout->addWidget(lvFeatures);
+
+    auto* addDelete = new QHBoxLayout;
+    addDelete->addWidget(cmdAddProfile);
+    addDelete->addWidget(cmdDeleteProfile);
+    addDelete->addStretch(1);
+    auto* left = new QVBoxLayout;
+    left->addWidget(lblSelectProfile);
+    left->addWidget(lvProfiles, 1);
+    left->addLayout(addDelete);
+    left->addSpacing(8);
+    left->addWidget(lblSetCurrentProfile);
+    left->addWidget(cboCurrentProfile);
+    auto* columns = new QHBoxLayout(content);
+    columns->addLayout(left, 2);
+    columns->addWidget(fraProfile, 5);
+    Scroller1->setWidget(content);
+
+    cmdLock = Button(QStringLiteral("cmdLock"), QStringLiteral("Lock"), this);
+    cmdOK = Button(QStringLiteral("cmdOK"), QStringLiteral("OK"), this);
+    cmdOK->setDefault(true);
+    auto* closing = new QHBoxLayout;
+    closing->addWidget(cmdLock);
+    closing->addStretch(1);
+    closing->addWidget(cmdOK);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(Scroller1, 1);
+    layout->addLayout(closing);
+
+    lvProfiles->setMinimumWidth(170);
+    lvFeatures->setMinimumWidth(420);
+    content->setMinimumHeight(300);
+    resize(780, 500);
+
+    connect(lvProfiles, &QTreeWidget::currentItemChanged, this, [this] {
+        if (!filling_) lvProfiles_ItemClick();
+    });
+    connect(cboCurrentProfile, &QComboBox::activated, this, &frmProfiles::cboCurrentProfile_Click);
+    connect(lvFeatures, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int column) {
+        if (!filling_ && column == 0) lvFeatures_ItemCheck(item);
+    });
+    connect(cmdAddProfile, &QPushButton::clicked, this, &frmProfiles::cmdAddProfile_Click);
+    connect(cmdDeleteProfile, &QPushButton::clicked, this, &frmProfiles::cmdDeleteProfile_Click);
+    connect(cmdLock, &QPushButton::clicked, this, &frmProfiles::cmdLock_Click);
+    connect(cmdOK, &QPushButton::clicked, this, &frmProfiles::cmdOK_Click);
+}
+
+void frmProfiles::ShowModal(Settings& settings, QWidget* owner, std::shared_ptr<UserInterface> ui) {
+    frmProfiles form(std::move(ui), owner);
+    form.setV4Settings(&settings);
+    form.exec();
+}
+
+std::shared_ptr<UserInterface> frmProfiles::ui() const { return ui_ ? ui_ : UserInterface::Current(); }
+
+void frmProfiles::Guard(const char* context, const std::function<void()>& body) {
+    if (const auto failure = Trap(body)) {
+        // The report itself must not throw back into Qt either.
+        Trap([&] { ui()->MessageBox(FailureText(context, *failure), MessageButtons::OK, MessageIcon::Exclamation, {}); });
+    }
+}
+
+void frmProfiles::setV4Settings(Settings* settings) {
+    settings_ = settings;
+    if (!settings_) return;
+    LoadProfiles();
+    SetLockState(settings_->GetBoolean(kUnlocked, true));
+}
+
+void frmProfiles::LoadProfiles() {
+    Guard("frmProfiles:LoadProfiles", [&] {
+        const Filling filling(filling_);
+        lvProfiles->clear();
+        cboCurrentProfile->clear();
+        QList<QTreeWidgetItem*> rows;
+        QStringList keys;
+        const XmlNode collection = settings_->Profiles().XMLNode();
+        for (XmlNode node = collection.FirstChildElement("PROFILE"); !node.IsNull();
+             node = node.NextSiblingElement("PROFILE")) {
+            const QString key = Q(Profile(node).Key());
+            auto* row = new QTreeWidgetItem(QStringList{key});
+            setItemKey(row, key);
+            setImageKey(row, QStringLiteral("USER"));
+            rows << row;
+            keys << key;
+        }
+        lvProfiles->addTopLevelItems(rows);
+        cboCurrentProfile->addItems(keys);
+        if (!rows.isEmpty()) {
+            qsizetype selected = 0;
+            const Profile current = settings_->CurrentProfile();
+            if (!current.IsNull()) {
+                const std::string currentKey = current.Key();
+                for (qsizetype i = 0; i < keys.size(); ++i) {
+                    if (Text::EqualsIgnoreCase(keys[i].toStdString(), currentKey)) {
+                        selected = i;
+                        break;
+                    }
+                }
+            }
+            lvProfiles->setCurrentItem(rows[selected]);
+            cboCurrentProfile->setCurrentIndex(static_cast<int>(selected));
+        }
+    });
+    LoadSelectedProfile();
+}
+
+void frmProfiles::LoadSelectedProfile() {
+    Guard("frmProfiles:LoadSelectedProfile", [&] {
+        const Filling filling(filling_);
+        lvFeatures->clear();
+        loaded_ = Profile(XmlNode{});
+        const QTreeWidgetItem* selected = lvProfiles->currentItem();
+        if (!selected) return;
+        loaded_ = settings_->Profiles().Item(ItemKey(selected).toStdString());
+        if (loaded_.IsNull()) return;
+        QList<QTreeWidgetItem*> rows;
+        for (XmlNode node = loaded_.XMLNode().FirstChildElement("FEATURE"); !node.IsNull();
+             node = node.NextSiblingElement("FEATURE")) {
+            const Feature feature(node);
+            auto* row = new QTreeWidgetItem(QStringList{Q(feature.Description())});
+            setItemKey(row, Q(feature.Key()));
+            row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
+            row->setCheckState(0, feature.Available() ? Qt::Checked : Qt::Unchecked);
+            rows << row;
+        }
+        lvFeatures->addTopLevelItems(rows);
+    });
+}
+
+void frmProfiles::SetLockState(bool unlocked) {
+    Guard("frmProfiles:SetLockState", [&] {
+        for (QWidget* control : {static_cast<QWidget*>(lblSelectProfile), static_cast<QWidget*>(lvProfiles),
+                                 static_cast<QWidget*>(cmdAddProfile), static_cast<QWidget*>(cmdDeleteProfile),
+                                 static_cast<QWidget*>(lblSetCurrentProfile),
+                                 static_cast<QWidget*>(cboCurrentProfile), static_cast<QWidget*>(lvFeatures)})
+            control->setEnabled(unlocked);
+        cmdLock->setText(unlocked ? QStringLiteral("Lock") : QStringLiteral("Unlock"));
+    });
+}
+
+void frmProfiles::lvProfiles_ItemClick() {
+    Guard("frmProfiles:lvProfiles_ItemClick", [&] { LoadSelectedProfile(); });
+}
+
+void frmProfiles::cboCurrentProfile_Click() {
+    Guard("frmProfiles:cboCurrentProfile_Click", [&] {
+        const std::string chosen = cboCurrentProfile->currentText().toStdString();
+        settings_->setCurrentProfile(settings_->Profiles().Item(chosen));
+        settings_->SetString(kCurrentProfile, chosen);
+    });
+}
+
+void frmProfiles::lvFeatures_ItemCheck(QTreeWidgetItem* item) {
+    Guard("frmProfiles:lvFeatures_ItemCheck", [&] {
+        if (loaded_.IsNull()) return;
+        loaded_.Item(ItemKey(item).toStdString()).setAvailable(item->checkState(0) == Qt::Checked);
+    });
+}
+
+void frmProfiles::cmdAddProfile_Click() {
+    Guard("frmProfiles:cmdAddProfile_Click", [&] {
+        const std::string name = V4Dialogs(ui()).InputBox("Enter new profile name", "New Profile");
+        if (name.empty()) return;
+        if (!settings_->Profiles().Item(name).IsNull()) {
+            ui()->MessageBox("Profile \"" + name + "\" already exists", MessageButtons::OK, MessageIcon::None, {});
+            return;
+        }
+        const Profile profile = V4StandardProfiles::GetDefaultProfile();
+        profile.setKey(name);
+        settings_->Profiles().Add(profile);
+        LoadProfiles();
+    });
+}
+
+void frmProfiles::cmdDeleteProfile_Click() {
+    Guard("frmProfiles:cmdDeleteProfile_Click", [&] {
+        const Profiles profiles = settings_->Profiles();
+        if (profiles.Count() == 1) {
+            ui()->MessageBox("You must have at least one profile", MessageButtons::OK, MessageIcon::Critical, {});
+            return;
+        }
+        QTreeWidgetItem* selected = lvProfiles->currentItem();
+        if (!selected) throw Error(91, "frmProfiles", "Object variable or With block variable not set");
+        const QString key = ItemKey(selected);
+        if (ui()->MessageBox("Delete profile: " + key.toStdString(), MessageButtons::OKCancel, MessageIcon::Information,
+                             {}, MessageDefaultButton::Second) == MessageResult::Cancel)
+            return;
+
+        const int index = lvProfiles->indexOfTopLevelItem(selected) + 1;
+        const Profile removed = profiles.Item(index);
+        const Profile current = settings_->CurrentProfile();
+        const bool wasCurrent = !current.IsNull() && !removed.IsNull() && current.XMLNode() == removed.XMLNode();
+        profiles.Remove(index);
+        {
+            const Filling filling(filling_);
+            delete selected;
+            for (int i = 0; i < cboCurrentProfile->count(); ++i) {
+                if (cboCurrentProfile->itemText(i) == key) {
+                    cboCurrentProfile->removeItem(i);
+                    break;
+                }
+            }
+            if (wasCurrent && cboCurrentProfile->count() > 0) {
+                cboCurrentProfile->setCurrentIndex(0);
+                settings_->setCurrentProfile(profiles.Item(cboCurrentProfile->itemText(0).toStdString()));
+            }
+            if (lvProfiles->topLevelItemCount() > 0) lvProfiles->setCurrentItem(lvProfiles->topLevelItem(0));
+        }
+        if (lvProfiles->topLevelItemCount() > 0) LoadSelectedProfile();
+    });
+}
+
+void frmProfiles::cmdLock_Click() {
+    Guard("frmProfiles:cmdLock_Click", [&] {
+        if (!settings_->GetBoolean(kUnlocked, true)) {
+            const std::string stored = settings_->GetString(kPassword, "");
+            if (!stored.empty()) {
+                if (!V4Dialogs(ui()).EnterPassword(DecodePassword(stored))) {
+                    ui()->MessageBox("Invalid password", MessageButtons::OK, MessageIcon::Exclamation, {});
+                    return;
+                }
+                SetLockState(true);
+                settings_->SetBoolean(kUnlocked, true, true);
+                // Unlocking forgets the password on purpose: the next lock asks for a new one.
+                settings_->SetString(kPassword, "", true);
+            } else {
+                SetLockState(true);
+                settings_->SetBoolean(kUnlocked, true, true);
+            }
+            return;
+        }
+        const std::string password = V4Dialogs(ui()).SetPassword();
+        if (password.empty()) return;
+        SetLockState(false);
+        settings_->SetString(kPassword, EncodePassword(password), true);
+        settings_->SetBoolean(kUnlocked, false, true);
+    });
+}
+
+void frmProfiles::cmdOK_Click() {
+    Guard("frmProfiles:cmdOK_Click", [&] { accept(); });
+}
+
+}  // namespace meridex::ui

@@ -1,0 +1,24 @@
+#pragma once
+#include <meridex/ui/Export.h>
+#include <meridex/ui/frame/CancellableDialog.h>
+
+class QLabel;
+class QLineEdit;
+
+namespace meridex::ui {
+
+/// The set-password dialog ("Set Password"): `Label1` "Enter Password" over `txtPassword`,
+/// `Label2` "Re-enter Password" over `txtPassword2`, `cmdOK` and `cmdCancel`. The opener compares
+/// the two entries.
+class MERIDEX_UI_EXPORT frmSetPassword : public CancellableDialog {
+    Q_OBJECT
+public:
+    explicit frmSetPassword(QWidget* parent = nullptr);
+
+    QLabel* Label1 = nullptr;
+    QLineEdit* txtPassword = nullptr;
+    QLabel* Label2 = nullptr;
+    QLineEdit* txtPassword2 = nullptr;
+};
+
+}  // namespace meridex::ui

@@ -1,0 +1,27 @@
+#pragma once
+#include <meridex/ui/Export.h>
+#include <meridex/ui/frame/CancellableDialog.h>
+
+class QLabel;
+class QLineEdit;
+
+namespace meridex::ui {
+
+/// The one-line input dialog: caption "User Input" until the opener gives its own, the prompt in
+/// `lblPrompt`, the answer in `txtInput`, `cmdOK` and `cmdCancel` ("&Cancel").
+class MERIDEX_UI_EXPORT frmV4InputBox : public CancellableDialog {
+    Q_OBJECT
+public:
+    explicit frmV4InputBox(QWidget* parent = nullptr);
+
+    /// Only digits can be typed into `txtInput` when true.
+    void setNumbersOnly(bool numbersOnly);
+    bool NumbersOnly() const;
+    /// The most characters `txtInput` takes; 0 or less means no limit.
+    void setMaxLength(int maxLength);
+
+    QLabel* lblPrompt = nullptr;
+    QLineEdit* txtInput = nullptr;
+};
+
+}  // namespace meridex::ui

@@ -1,0 +1,63 @@
+// The Qt user interface opens real message boxes: their text, icon, buttons and default button.
+#include <gtest/gtest.h>
+
+#include <QMessageBox>
+#include <QTest>
+
+#include <meridex/ui/QtUserInterface.h>
+
+#include "DialogTest.h"
+
+using namespace meridex;
+using namespace meridex::test;
+
+TEST(QtUserInterface, MessageBoxShowsTextIconButtonsAndCaption) {
+    ui::QtUserInterface qt;
+    MessageResult result{};
+    ModalScript()
+        .Then([](QWidget* modal) {
+            QMessageBox* box = AsMessageBox(modal);
+            EXPECT_EQ(box->text(), "Error 53 - File not found\n\nIn subroutine: x:y");
+            EXPECT_EQ(box->windowTitle(), "Meridex");
+            EXPECT_EQ(box->icon(), QMessageBox::Critical);
+            EXPECT_EQ(box->standardButtons(), QMessageBox::Ok);
+            Answer(modal, QMessageBox::Ok);
+        })
+        .Run([&] {
+            result = qt.MessageBox("Error 53 - File not found\r\n\r\nIn subroutine: x:y", MessageButtons::OK,
+                                   MessageIcon::Critical, {});
+        });
+    EXPECT_EQ(result, MessageResult::OK);
+}
+
+TEST(QtUserInterface, EnterChoosesTheDefaultButtonAndEscapeCancels) {
+    ui::QtUserInterface qt;
+    const auto ask = [&](MessageDefaultButton defaultButton, int key) {
+        MessageResult result{};
+        ModalScript()
+            .Then([&](QWidget* modal) {
+                EXPECT_EQ(AsMessageBox(modal)->icon(), QMessageBox::Information);
+                QTest::keyClick(modal, static_cast<Qt::Key>(key));
+            })
+            .Run([&] {
+                result = qt.MessageBox("Delete profile: X", MessageButtons::OKCancel, MessageIcon::Information, "Caption",
+                                       defaultButton);
+            });
+        return result;
+    };
+    EXPECT_EQ(ask(MessageDefaultButton::Second, Qt::Key_Return), MessageResult::Cancel);
+    EXPECT_EQ(ask(MessageDefaultButton::First, Qt::Key_Return), MessageResult::OK);
+    EXPECT_EQ(ask(MessageDefaultButton::First, Qt::Key_Escape), MessageResult::Cancel);
+}
+
+TEST(QtUserInterface, YesNoCancelAnswersTheButtonClicked) {
+    ui::QtUserInterface qt;
+    MessageResult result{};
+    ModalScript()
+        .Then([](QWidget* modal) {
+            EXPECT_EQ(AsMessageBox(modal)->standardButtons(), QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+            Answer(modal, QMessageBox::No);
+        })
+        .Run([&] { result = qt.MessageBox("Save?", MessageButtons::YesNoCancel, MessageIcon::Question, {}); });
+    EXPECT_EQ(result, MessageResult::No);
+}

@@ -1,0 +1,96 @@
+#include "DialogTest.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QTest>
+#include <QTreeWidget>
+
+#include <meridex/ui/frame/ImageKeys.h>
+
+namespace meridex::test {
+
+void Click(QAbstractButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
+
+void Type(QWidget* widget, const QString& text) { QTest::keyClicks(widget, text); }
+
+namespace {
+
+template <class Read>
+auto EachRow(const QTreeWidget* list, Read read) {
+    QList<decltype(read(list->topLevelItem(0)))> values;
+    for (int i = 0; i < list->topLevelItemCount(); ++i) values << read(list->topLevelItem(i));
+    return values;
+}
+
+}  // namespace
+
+QStringList Texts(const QTreeWidget* list) {
+    return EachRow(list, [](const QTreeWidgetItem* row) { return row->text(0); });
+}
+
+QStringList ItemKeys(const QTreeWidget* list) {
+    return EachRow(list, [](const QTreeWidgetItem* row) { return ui::ItemKey(row); });
+}
+
+QStringList ImageKeysOf(const QTreeWidget* list) {
+    return EachRow(list, [](const QTreeWidgetItem* row) { return ui::ImageKey(row); });
+}
+
+QList<bool> Checks(const QTreeWidget* list) {
+    return EachRow(list, [](const QTreeWidgetItem* row) { return row->checkState(0) == Qt::Checked; });
+}
+
+QMessageBox* AsMessageBox(QWidget* modal) {
+    auto* box = qobject_cast<QMessageBox*>(modal);
+    if (!box) throw std::runtime_error("expected a message box, found " + modal->objectName().toStdString());
+    return box;
+}
+
+void Answer(QWidget* modal, QMessageBox::StandardButton button) {
+    QAbstractButton* shown = AsMessageBox(modal)->button(button);
+    if (!shown) throw std::runtime_error("the message box has no such button");
+    Click(shown);
+}
+
+ModalScript& ModalScript::Then(Step step) {
+    steps_.push_back(std::move(step));
+    return *this;
+}
+
+void ModalScript::Poll() {
+    QWidget* modal = QApplication::activeModalWidget();
+    if (!modal || !modal->isVisible() || modal == acted_) return;
+    acted_ = modal;
+    if (steps_.empty()) {
+        ++unexpected_;
+        modal->close();
+        return;
+    }
+    // The step runs from a timer of its own, so that a dialog it opens in turn (a button that asks
+    // something) is still seen by this poll, which Qt does not re-enter.
+    QTimer::singleShot(0, [this, step = std::move(steps_.front()), target = QPointer<QWidget>(modal)] {
+        if (!target) return;
+        try {
+            step(target);
+        } catch (const std::exception& e) {
+            if (failure_.empty()) failure_ = e.what();
+            // Unblock the call: a failed step leaves its dialog cancelled.
+            if (auto* dialog = qobject_cast<QDialog*>(target.data()); dialog && dialog->isVisible()) dialog->reject();
+        }
+    });
+    steps_.pop_front();
+}
+
+void ModalScript::Run(const std::function<void()>& call) {
+    QTimer timer;
+    timer.setInterval(5);
+    QObject::connect(&timer, &QTimer::timeout, [this] { Poll(); });
+    timer.start();
+    call();
+    timer.stop();
+    if (!failure_.empty()) throw std::runtime_error("a dialog step failed: " + failure_);
+    if (unexpected_ > 0) throw std::runtime_error(std::to_string(unexpected_) + " dialog(s) no step expected");
+    if (!steps_.empty()) throw std::runtime_error(std::to_string(steps_.size()) + " step(s) left: no dialog came");
+}
+
+}  // namespace meridex::test
