@@ -11,3 +11,4 @@
 #include <meridex/ui/settings/frmProfiles.h>
 #include <meridex/ui/settings/frmSetPassword.h>
 #include <meridex/ui/settings/frmV4InputBox.h>
+#include <meridex/ui/firmware/frmFirmware.h>
