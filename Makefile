@@ -1,10 +1,10 @@
 # The two commands: `make demo` and `make test`. Both install what they need first.
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test screenshots bootstrap build-dev build-ci bench clean
+.PHONY: demo test screenshots bootstrap build-dev build-ci build-demo bench package docs fuzz clean
 
-demo: bootstrap build-dev
-	scripts/demo build/dev/apps/meridex/meridex
+demo: bootstrap build-demo
+	scripts/demo build/demo/apps/meridex/meridex
 
 test: bootstrap build-ci
 	ctest --preset ci -j $(JOBS)
@@ -18,6 +18,23 @@ screenshots: bootstrap
 	cmake --build --preset dev -j $(JOBS) --target meridex-screenshots
 	build/dev/tests/ui/meridex-screenshots docs/screenshots
 
+# Each libFuzzer target for FUZZ_SECONDS (default 60); see scripts/fuzz.
+fuzz: bootstrap
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS)
+	scripts/fuzz
+
+# Debian packages in build/package: meridex_<version>_<arch>.deb and meridex-dev_...
+package: bootstrap
+	cmake --preset package
+	cmake --build --preset package -j $(JOBS)
+	cd build/package && cpack -G DEB
+
+# The API reference of the installed headers, in build/docs/html; fails on any Doxygen warning.
+docs: bootstrap
+	cmake --preset docs
+	cmake --build --preset docs
+
 bootstrap:
 	scripts/bootstrap
 
@@ -28,6 +45,10 @@ build-dev:
 build-ci:
 	cmake --preset ci
 	cmake --build --preset ci -j $(JOBS)
+
+build-demo:
+	cmake --preset demo
+	cmake --build --preset demo -j $(JOBS)
 
 clean:
 	rm -rf build

@@ -33,6 +33,7 @@
 #include <meridex/comms/Scheme.h>
 #include <meridex/comms/XmlSchemeFile.h>
 #include <meridex/comms/PortSnapshot.h>
+#include <meridex/comms/PortsFile.h>
 #include <meridex/comms/ProfileXml.h>
 #include <meridex/sync/FileInfo.h>
 #include <meridex/sync/SchemeFileCollection.h>
@@ -55,3 +56,7 @@
 #include <meridex/platform/Links.h>
 #include <meridex/platform/Platform.h>
 #include <meridex/platform/SerialPortSource.h>
+
+/// @namespace meridex
+/// @brief The Meridex core library: settings and user profiles, the address book, the
+/// communications map, scheme synchronisation, and the XML and platform ground under them.

@@ -97,7 +97,7 @@ bool Site::SetParameter(std::string_view name, std::string_view value) const {
     if (node_.IsNull()) return false;
     const XmlNode element = XMLOps::CreateXMLElement(name);
     if (element.IsNull()) return false;
-    element.SetText(value);
+    element.setText(value);
     return Add(element);
 }
 

@@ -8,6 +8,8 @@
 #include <unordered_set>
 
 #include <meridex/comms/PortSnapshot.h>
+#include <meridex/comms/PortsList.h>
+#include <meridex/comms/PortsFile.h>
 #include <meridex/comms/ProfileXml.h>
 #include <meridex/frame/Error.h>
 #include <meridex/frame/FileOps.h>
@@ -163,14 +165,16 @@ void CommsProfileManager::GetCommPortDescriptions(const std::string& RootPath) {
     try {
         std::string folder = RootPath;
         if (!FileOps::IsSeparator(folder.back())) folder += '/';
-        const std::string portsFile = folder + "ports.txt";
         const std::string program = folder + Platform::CompanionProgramName();
+        // The companion writes where it is told: its own folder, or a per-user one when that is read-only.
+        const std::string listFolder = PortsFile::Folder(RootPath);
+        const std::string portsFile = listFolder + "/ports.txt";
         std::error_code ec;
         fs::remove(portsFile, ec);  // a stale list is never read
         if (!fs::is_regular_file(program, ec)) return;
 
         const double deadline = std::round(SecondsNow() + 2);
-        StartedProgram companion = StartedProgram::Start(program, {RootPath});
+        StartedProgram companion = StartedProgram::Start(program, {listFolder});
         if (!companion.Started()) return;
         // The companion writes the list atomically, so once it is there it is whole.
         while (!fs::exists(portsFile, ec)) {
@@ -184,16 +188,7 @@ void CommsProfileManager::GetCommPortDescriptions(const std::string& RootPath) {
 
         std::string contents;
         if (!FileOps::ReadWholeFile(portsFile, contents)) return;
-        std::string_view rest = contents;
-        while (!rest.empty()) {
-            std::size_t end = rest.find('\n');
-            std::string_view line = Text::Trim(rest.substr(0, end));
-            rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
-            std::size_t bar = line.find('|');
-            if (line.empty() || bar == std::string_view::npos) continue;
-            std::string_view port = line.substr(0, bar);
-            std::string_view description = line.substr(bar + 1);
-            description = description.substr(0, description.find('|'));
+        for (const auto& [port, description] : ParsePortsList(contents)) {
             for (const XmlNode& profile : root_.SelectAll(kProfile)) {
                 if ("COM" + ChildText(profile, "COMMPORT") == port) {
                     SetChild(profile, "NAME", description);
@@ -378,7 +373,11 @@ XmlNode CommsProfileManager::GetBestMatch(const XmlNode& Profile) {
 }
 
 void CommsProfileManager::MapSchemeCommsProfiles(Scheme& iScheme) {
-    const XmlNode list = iScheme.CommsProfiles();
+    MapSchemeCommsProfiles(iScheme.CommsProfiles(), iScheme.SchemeText());
+}
+
+void CommsProfileManager::MapSchemeCommsProfiles(const XmlNode& profiles, std::string_view schemeText) {
+    const XmlNode list = profiles;
     if (!list) return;
     PortSnapshot ports(*ports_);
     const XmlNode oldDefault = GetDefaultProfile(list);
@@ -486,7 +485,7 @@ void CommsProfileManager::MapSchemeCommsProfiles(Scheme& iScheme) {
 
     // The default.
     if (!oldDefault) {
-        if (XmlNode chosen = ChooseDefault(list, iScheme.SchemeText())) SetExisting(chosen, "DEFAULT", "-1");
+        if (XmlNode chosen = ChooseDefault(list, std::string(schemeText))) SetExisting(chosen, "DEFAULT", "-1");
     } else if (!(GetDefaultProfile(list) == oldDefault)) {
         XmlNode same = GetDeviceProfile(list, ChildText(oldDefault, "TYPE"), ChildText(oldDefault, "METHOD"));
         if (same) {

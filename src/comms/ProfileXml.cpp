@@ -23,11 +23,11 @@ void SetChild(const XmlNode& profile, std::string_view name, std::string_view te
         if (!child) return;
         profile.AppendChild(child);
     }
-    child.SetText(text);
+    child.setText(text);
 }
 
 void SetExisting(const XmlNode& profile, std::string_view name, std::string_view text) {
-    if (XmlNode child = profile.SelectSingle(name)) child.SetText(text);
+    if (XmlNode child = profile.SelectSingle(name)) child.setText(text);
 }
 
 bool IsTrueText(std::string_view text) {

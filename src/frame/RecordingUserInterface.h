@@ -16,25 +16,29 @@ class MERIDEX_EXPORT RecordingUserInterface : public UserInterface {
 public:
     /// One message box as it was asked for.
     struct Message {
-        std::string text;
-        MessageButtons buttons;
-        MessageIcon icon;
-        std::string caption;
-        MessageDefaultButton defaultButton;
+        std::string text;                     ///< The message.
+        MessageButtons buttons;               ///< The buttons offered.
+        MessageIcon icon;                     ///< The icon shown.
+        std::string caption;                  ///< The title.
+        MessageDefaultButton defaultButton;   ///< The button Enter chooses.
     };
     /// One input box as it was asked for.
     struct Input {
-        std::string prompt;
-        std::string title;
-        InputBoxOptions options;
+        std::string prompt;        ///< The question.
+        std::string title;         ///< The title.
+        InputBoxOptions options;   ///< The default text and what may be typed.
     };
 
+    /// Records the message and answers the next queued result (else the default button).
     MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
                              const std::string& caption,
                              MessageDefaultButton defaultButton = MessageDefaultButton::First) override;
+    /// Records the prompt and answers the next queued input (else the default text).
     std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,
                                         const InputBoxOptions& options = {}) override;
+    /// Counts the request and answers the next queued password (else cancelled).
     std::string SetPassword() override;
+    /// Records the password to check against and answers the next queued entry (else cancelled).
     bool EnterPassword(const std::string& password) override;
 
     /// The next message box answers result.

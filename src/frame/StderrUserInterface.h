@@ -9,12 +9,16 @@ namespace meridex {
 /// who is not there.
 class MERIDEX_EXPORT StderrUserInterface : public UserInterface {
 public:
+    /// Writes the message to standard error and answers the first button.
     MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
                              const std::string& caption,
                              MessageDefaultButton defaultButton = MessageDefaultButton::First) override;
+    /// Writes the prompt to standard error and answers cancelled.
     std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,
                                         const InputBoxOptions& options = {}) override;
+    /// Answers cancelled (an empty password).
     std::string SetPassword() override;
+    /// Answers cancelled (false).
     bool EnterPassword(const std::string& password) override;
 };
 

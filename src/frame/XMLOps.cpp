@@ -1,5 +1,8 @@
 #include <meridex/frame/XMLOps.h>
 
+#include <cstdio>
+#include <cstdlib>
+
 #include <meridex/frame/Numeric.h>
 #include <meridex/frame/Text.h>
 #include <meridex/frame/XmlAccess.h>
@@ -8,8 +11,11 @@
 namespace meridex::XMLOps {
 namespace {
 
+// Trivially destructible, so it is still there for a lease held by a static
+// object, which ends after the thread's own objects: the last release frees
+// the document, whenever it comes.
 struct Factory {
-    XmlDocument document;
+    XmlDocument* document = nullptr;
     std::int32_t uses = 0;
 };
 
@@ -19,6 +25,23 @@ Factory& ThreadFactory() {
     return factory;
 }
 
+// A write that may need the factory, made while no lease holds it, would lose
+// its new element or its change mark without a word: a debug build stops here
+// so the missing XMLFactoryLease is found where it is missing.
+void RequireFactory(const char* routine) {
+#ifndef NDEBUG
+    if (ThreadFactory().uses <= 0) {
+        std::fprintf(stderr,
+                     "meridex: XMLOps::%s: a write with no XMLFactoryLease held (factory use count 0) "
+                     "would lose its element or change mark\n",
+                     routine);
+        std::abort();
+    }
+#else
+    (void)routine;
+#endif
+}
+
 // Creates name under node with text value, made by node's own document;
 // any failure is ignored.
 void CreateChild(const XmlNode& node, std::string_view name, std::string_view value) {
@@ -26,7 +49,7 @@ void CreateChild(const XmlNode& node, std::string_view name, std::string_view va
     if (!owner) return;
     XmlNode element = owner.CreateElement(name);
     if (!element) return;
-    element.SetText(value);
+    element.setText(value);
     if (node.AppendChild(element)) MarkDocumentChanged(node);
 }
 
@@ -44,24 +67,28 @@ XmlDocument NewXMLDocument() {
 
 void AcquireXMLFactory() {
     Factory& factory = ThreadFactory();
-    if (++factory.uses == 1) factory.document = NewXMLDocument();
+    if (++factory.uses == 1) factory.document = new XmlDocument(NewXMLDocument());
 }
 
 void ReleaseXMLFactory() {
     Factory& factory = ThreadFactory();
     if (--factory.uses <= 0) {
         factory.uses = 0;
-        factory.document = XmlDocument();
+        delete factory.document;
+        factory.document = nullptr;
     }
 }
 
 std::int32_t XMLFactoryUseCount() { return ThreadFactory().uses; }
 
-XmlDocument XMLFactory() { return ThreadFactory().document; }
+XmlDocument XMLFactory() {
+    const Factory& factory = ThreadFactory();
+    return factory.document ? *factory.document : XmlDocument();
+}
 
 XmlNode CreateXMLElement(std::string_view name) {
-    const XmlDocument& factory = ThreadFactory().document;
-    return factory ? factory.CreateElement(name) : XmlNode();
+    const XmlDocument* factory = ThreadFactory().document;
+    return factory ? factory->CreateElement(name) : XmlNode();
 }
 
 std::string GetXMLValue(const XmlNode& node, std::string_view name, std::string_view defaultValue) {
@@ -75,7 +102,7 @@ void SetXMLValue(const XmlNode& node, std::string_view name, std::string_view va
     if (!node) return;
     if (force) {
         if (XmlNode found = node.SelectSingle(name)) {
-            found.SetText(value);
+            found.setText(value);
             MarkDocumentChanged(node);
         } else {
             CreateChild(node, name, value);
@@ -89,7 +116,7 @@ void SetXMLValue(const XmlNode& node, std::string_view name, std::string_view va
     }
     if (value == GetXMLValue(node, name, "")) return;
     if (XmlNode found = node.SelectSingle(name)) {
-        found.SetText(value);
+        found.setText(value);
         MarkDocumentChanged(node);
     } else {
         CreateChild(node, name, value);
@@ -124,11 +151,12 @@ bool ReadXMLBoolean(const XmlNode& node, std::string_view name, bool defaultValu
 void WriteXMLString(const XmlNode& node, std::string_view name, std::string_view value, std::string_view defaultValue,
                     bool force) {
     if (!node) return;
+    RequireFactory("WriteXMLString");
     if (XmlNode found = node.SelectSingle(name)) {
-        found.SetText(value);
+        found.setText(value);
     } else if (force || value != defaultValue) {
         if (XmlNode element = CreateXMLElement(name)) {
-            element.SetText(value);
+            element.setText(value);
             node.AppendChild(element);
         }
     }
@@ -138,11 +166,12 @@ void WriteXMLString(const XmlNode& node, std::string_view name, std::string_view
 void WriteXMLInteger(const XmlNode& node, std::string_view name, std::int16_t value, std::int16_t defaultValue,
                      bool force) {
     if (!node) return;
+    RequireFactory("WriteXMLInteger");
     if (XmlNode found = node.SelectSingle(name)) {
-        found.SetText(Numeric::ToText(value));
+        found.setText(Numeric::ToText(value));
     } else if (force || value != defaultValue) {
         if (XmlNode element = CreateXMLElement(name)) {
-            element.SetText(Numeric::ToText(value));
+            element.setText(Numeric::ToText(value));
             node.AppendChild(element);
         }
     }
@@ -152,6 +181,7 @@ void WriteXMLInteger(const XmlNode& node, std::string_view name, std::int16_t va
 void MarkDocumentChanged(const XmlNode& node) {
     xmlNodePtr raw = XmlAccess::Raw(node);
     if (!raw || raw->type == XML_DOCUMENT_NODE || !raw->doc) return;
+    RequireFactory("MarkDocumentChanged");
     xmlDocPtr doc = raw->doc;
     xmlNodePtr root = doc->children;
     while (root && root->type != XML_ELEMENT_NODE) root = root->next;
@@ -174,7 +204,7 @@ void MarkDocumentChanged(const XmlNode& node) {
         holder->changedMark = XmlAccess::Raw(mark);
         holder->changedMarkGeneration = holder->editGeneration;
     }
-    mark.SetText("-1");
+    mark.setText("-1");
 }
 
 std::int16_t FindXMLNodeIndex(const std::vector<XmlNode>& list, std::string_view childName, std::string_view value) {

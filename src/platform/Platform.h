@@ -6,19 +6,19 @@
 #include <meridex/platform/SerialPortSource.h>
 #include <meridex/platform/UserStore.h>
 
-// What the library asks of the operating system, in one place; each
-// platform's folder supplies these.
+/// What the library asks of the operating system, in one place; each
+/// platform's folder supplies these.
 namespace meridex::Platform {
 
-// The current user's settings store.
+/// The current user's settings store.
 MERIDEX_EXPORT std::shared_ptr<UserStore> DefaultUserStore();
-// This PC's serial ports, numbered with the help of store (where port
-// numbers are pinned and remembered).
+/// This PC's serial ports, numbered with the help of store (where port
+/// numbers are pinned and remembered).
 MERIDEX_EXPORT std::shared_ptr<SerialPortSource> DefaultSerialPortSource(std::shared_ptr<UserStore> store);
-// The file name of the companion program that writes ports.txt.
+/// The file name of the companion program that writes ports.txt.
 MERIDEX_EXPORT std::string CompanionProgramName();
-// The folder of the running program, with no trailing separator ("" when
-// the platform cannot tell).
+/// The folder of the running program, with no trailing separator ("" when
+/// the platform cannot tell).
 MERIDEX_EXPORT std::string ProgramFolder();
 // The folder of the file holding this library (the program's own file when
 // the library is linked in statically), with no trailing separator.

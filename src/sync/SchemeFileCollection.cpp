@@ -29,7 +29,7 @@ long SchemeFileCollection::SlotOf(const Index& index) const {
 
 SchemeFileItem SchemeFileCollection::Item(const Index& index) const {
     long slot = SlotOf(index);
-    return slot < 0 ? SchemeFileItem::Null() : entries_[static_cast<std::size_t>(slot)].item;
+    return slot < 0 ? SchemeFileItem::None() : entries_[static_cast<std::size_t>(slot)].item;
 }
 
 bool SchemeFileCollection::Exists(std::string_view key) const {
@@ -50,7 +50,7 @@ bool SchemeFileCollection::Remove(const Index& index) {
     if (slot < 0) return false;
     Entry& entry = entries_[static_cast<std::size_t>(slot)];
     slots_.erase(entry.folded);
-    entry.item = SchemeFileItem::Null();
+    entry.item = SchemeFileItem::None();
     ++holes_;
     --live_;
     return true;

@@ -17,7 +17,7 @@ const std::string kNoText;
 }  // namespace
 
 SchemeFileItem::SchemeFileItem() : d_(std::make_shared<Data>()) {}
-SchemeFileItem SchemeFileItem::Null() { return SchemeFileItem(std::shared_ptr<Data>()); }
+SchemeFileItem SchemeFileItem::None() { return SchemeFileItem(std::shared_ptr<Data>()); }
 
 const FileInfo& SchemeFileItem::File() const { return d_ ? d_->file : kNoFile; }
 void SchemeFileItem::setFile(const FileInfo& file) {

@@ -9,7 +9,7 @@ namespace {
 
 XmlNode Element(const std::string& name, const std::string& text) {
     XmlNode element = XMLOps::CreateXMLElement(name);
-    element.SetText(text);
+    element.setText(text);
     return element;
 }
 

@@ -139,6 +139,38 @@ TEST(MapScheme, TheDefaultIsRepairedOrChosenFromPreferencesUsageOrTheMap) {
     EXPECT_EQ(Fields(none, "COMMPORT"), (std::vector<std::string>{"1"}));  // a scheme without profiles gains the map's
 }
 
+TEST(MapScheme, AListHeldDirectlyIsMappedAsItsSchemeWouldBe) {
+    // The same profiles once in a scheme file and once under a site of some
+    // other document, each with a preferred port stored under its own text.
+    Mapping f{1, 2};
+    auto m = f.Map(Direct("1") + Direct("2") + "<PROFILE><NAME>Net</NAME><TYPE>IP</TYPE><METHOD>UDP</METHOD></PROFILE>");
+    const std::string profiles = Direct("1", "<DEFAULT>0</DEFAULT>") + Direct("9", "<TELSWITCH>S1</TELSWITCH>") +
+                                 Direct("2", "<DEFAULT>0</DEFAULT>");
+    XmlNode fromScheme = f.Scheme(profiles);
+    f.store->SaveSetting("MERIDEXV4", "CommsPref", f.scheme.SchemeText(), "2");
+    f.store->SaveSetting("MERIDEXV4", "CommsPref", "\\North\\Hill", "2");
+    XmlDocument book = XmlDocument::Parse("<SITE><NAME>Hill</NAME><COMMSPROFILES>" + profiles + "</COMMSPROFILES></SITE>");
+    XmlNode held = book.DocumentElement().SelectSingle("COMMSPROFILES");
+
+    m->MapSchemeCommsProfiles(f.scheme);
+    m->MapSchemeCommsProfiles(held, "\\North\\Hill");
+    EXPECT_EQ(held.Xml(), fromScheme.Xml());
+    EXPECT_EQ(Field(CommsProfileManager::GetDefaultProfile(held), "COMMPORT"), "2");
+    EXPECT_EQ(Fields(held, "METHOD"), (std::vector<std::string>{"DIRECT", "DIRECT", "UDP"}));
+
+    // The text is what picks the preference: under another text there is none
+    // (and no usage), so no profile of the list is made the default.
+    XmlDocument other = XmlDocument::Parse("<SITE><COMMSPROFILES>" + profiles + "</COMMSPROFILES></SITE>");
+    XmlNode unnamed = other.DocumentElement().SelectSingle("COMMSPROFILES");
+    m->MapSchemeCommsProfiles(unnamed, "\\South\\Weir");
+    EXPECT_TRUE(CommsProfileManager::GetDefaultProfile(unnamed).IsNull());
+    EXPECT_EQ(Fields(unnamed, "COMMPORT"), (std::vector<std::string>{"1", "2", ""}));
+
+    // No list: nothing to do, and nothing happens.
+    m->MapSchemeCommsProfiles(XmlNode(), "\\North\\Hill");
+    EXPECT_EQ(m->ApplicationProfileCount(), 3);
+}
+
 TEST(MapScheme, ExactAndBestMatches) {
     Mapping f{1};
     auto m = f.Map(Direct("1") + Direct("4") +

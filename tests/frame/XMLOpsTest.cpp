@@ -148,3 +148,27 @@ TEST(XMLOps, FactoryLivesWhileUsedAndFindIgnoresCase) {
     EXPECT_EQ(FindXMLNodeIndex({}, "K", "abc"), -1);
     EXPECT_TRUE(list[2].SelectSingle("K").IsNull());  // items without the child stay as they were
 }
+
+TEST(XMLOpsDeathTest, WritesWithoutALiveFactoryStopADebugBuild) {
+#ifdef NDEBUG
+    GTEST_SKIP() << "checked in debug builds only";
+#else
+    XmlDocument doc = XmlDocument::Parse("<ROOT><NODE/></ROOT>");
+    XmlNode node = doc.DocumentElement().SelectSingle("NODE");
+    ASSERT_EQ(XMLFactoryUseCount(), 0);
+    // Each of these would otherwise lose its new element or its change mark.
+    EXPECT_DEATH(WriteXMLString(node, "A", "x", "", true), "no XMLFactoryLease");
+    EXPECT_DEATH(WriteXMLInteger(node, "N", 5, 0, true), "no XMLFactoryLease");
+    EXPECT_DEATH(SetXMLValue(node, "A", "x", true), "no XMLFactoryLease");
+    EXPECT_DEATH(MarkDocumentChanged(node), "no XMLFactoryLease");
+    // Reads, and writes to no node at all, need no factory.
+    EXPECT_EQ(ReadXMLString(node.SelectSingle("MISSING"), "A", "d", true), "d");
+    WriteXMLString(XmlNode(), "A", "x", "", true);
+    EXPECT_TRUE(node.SelectSingle("A").IsNull());
+
+    XMLFactoryLease lease;
+    WriteXMLString(node, "A", "x", "", true);
+    EXPECT_EQ(node.SelectSingle("A").Text(), "x");
+    EXPECT_EQ(doc.DocumentElement().SelectSingle("CHANGED").Text(), "-1");
+#endif
+}

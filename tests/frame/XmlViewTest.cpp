@@ -14,7 +14,7 @@ TEST(XmlView, ViewsShareOneNodeAndNullViewsAreHarmless) {
     XmlNode first = doc.DocumentElement().SelectSingle("NAME");
     XmlNode second = doc.DocumentElement().FirstChildElement();
     EXPECT_TRUE(first == second);
-    first.SetText("changed");
+    first.setText("changed");
     EXPECT_EQ(second.Text(), "changed");
 
     XmlNode none;
@@ -50,7 +50,7 @@ TEST(XmlView, FactoryElementsMoveBetweenDocumentsIntact) {
     XMLFactoryLease lease;
     XmlNode profile = XMLOps::CreateXMLElement("PROFILE");
     XmlNode name = XMLOps::CreateXMLElement("NAME");
-    name.SetText("Pump € é");
+    name.setText("Pump € é");
     profile.AppendChild(name);
     XmlNode feature = XMLOps::CreateXMLElement("FEATURE");
     profile.AppendChild(feature);
@@ -111,20 +111,30 @@ TEST(XmlView, SelectionByRelativeNamePaths) {
     EXPECT_TRUE(doc.CreateElement("a b").IsNull());
     EXPECT_TRUE(doc.CreateElement("").IsNull());
     EXPECT_FALSE(doc.CreateElement("Ärzte").IsNull());
+    // A part holding a NUL names no element (it once read past the shorter name).
+    EXPECT_TRUE(root.SelectSingle(std::string_view("P\0\0\0", 4)).IsNull());
+    // A path as long as a deep document is walked without recursion.
+    std::string deep, path = "G";
+    for (int i = 0; i < 100000; ++i) deep += "<G>";
+    for (int i = 0; i < 100000; ++i) deep += "</G>";
+    for (int i = 1; i < 100000; ++i) path += "/G";
+    const XmlNode top = XmlDocument::Parse(deep).DocumentNode();
+    EXPECT_FALSE(top.SelectSingle(path).IsNull());
+    EXPECT_EQ(top.SelectAll(path + "/G").size(), 0u);
 }
 
-TEST(XmlView, SetTextKeepsViewedChildrenAndCleansText) {
+TEST(XmlView, TextSetterKeepsViewedChildrenAndCleansText) {
     XmlDocument doc = XmlDocument::Parse("<R><N><INNER>x</INNER></N></R>");
     XmlNode n = doc.DocumentElement().SelectSingle("N");
     XmlNode inner = n.SelectSingle("INNER");
-    n.SetText("plain");
+    n.setText("plain");
     EXPECT_EQ(n.Xml(), "<N>plain</N>");
     EXPECT_EQ(inner.Text(), "x");  // detached, still alive
-    n.SetText("");
+    n.setText("");
     EXPECT_TRUE(n.FirstChild().IsNull());
     // Bytes that are not UTF-8 and characters XML cannot hold never reach
     // the document, so a save can always be read back.
-    n.SetText(std::string("a\x01" "b\xff", 4));
+    n.setText(std::string("a\x01" "b\xff", 4));
     EXPECT_EQ(n.Text(), "ab\xEF\xBF\xBD");
     XmlDocument again = XmlDocument::Parse(doc.Serialize());
     ASSERT_TRUE(again);
@@ -136,7 +146,7 @@ TEST(XmlView, CloneIsDeepAndIndependent) {
     XmlNode f = doc.DocumentElement().SelectSingle("F");
     XmlNode copy = f.CloneNode(true);
     EXPECT_TRUE(copy.Parent().IsNull());
-    copy.SelectSingle("KEY").SetText("other");
+    copy.SelectSingle("KEY").setText("other");
     EXPECT_EQ(f.SelectSingle("KEY").Text(), "k");
     EXPECT_EQ(f.CloneNode(false).Xml(), "<F/>");
     EXPECT_EQ(doc.DocumentNode().NodeType(), XmlNodeType::Document);
@@ -146,8 +156,8 @@ TEST(XmlView, CloneIsDeepAndIndependent) {
 TEST(XmlView, ManyDetachedNodesAreReclaimedWhileViewedOnesSurvive) {
     XMLFactoryLease lease;
     XmlNode survivor = XMLOps::CreateXMLElement("KEEP");
-    survivor.SetText("alive");
-    for (int i = 0; i < 5000; ++i) XMLOps::CreateXMLElement("TEMP").SetText("x");
+    survivor.setText("alive");
+    for (int i = 0; i < 5000; ++i) XMLOps::CreateXMLElement("TEMP").setText("x");
     EXPECT_EQ(survivor.Text(), "alive");
 }
 
@@ -183,9 +193,9 @@ TEST(XmlView, EditGenerationMovesWithEveryEditButAnAppend) {
     };
     root.InsertBefore(doc.CreateElement("C"), root.FirstChild());
     EXPECT_TRUE(moved());
-    root.SelectSingle("A").FirstChild().SetText("y");  // the text node itself
+    root.SelectSingle("A").FirstChild().setText("y");  // the text node itself
     EXPECT_TRUE(moved());
-    root.SelectSingle("A").SetText("z");
+    root.SelectSingle("A").setText("z");
     EXPECT_TRUE(moved());
     root.RemoveChild(root.SelectSingle("B"));
     EXPECT_TRUE(moved());

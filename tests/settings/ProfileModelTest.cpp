@@ -32,9 +32,9 @@ TEST(Feature, FieldsAreLiveViewsAndCloneIsIndependent) {
 
     // AVAILABLE is read as a number, not as a word.
     other.setAvailable(true);
-    feature.XMLNode().SelectSingle("AVAILABLE").SetText("2.5");
+    feature.XMLNode().SelectSingle("AVAILABLE").setText("2.5");
     EXPECT_TRUE(feature.Available());
-    feature.XMLNode().SelectSingle("AVAILABLE").SetText("True");
+    feature.XMLNode().SelectSingle("AVAILABLE").setText("True");
     EXPECT_FALSE(feature.Available());
 
     feature.setDescription("before");

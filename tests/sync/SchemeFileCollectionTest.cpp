@@ -42,7 +42,7 @@ TEST(SchemeFileCollection, KeepsOrderFindsByNumberOrKeyIgnoringCaseAndRefusesAKe
     // A key already present is refused and the first item kept.
     SchemeFileItem first = list.Item("/B.SXS");
     EXPECT_FALSE(list.Add(Named("second"), "/b.sxs"));
-    EXPECT_FALSE(list.Add(SchemeFileItem::Null(), "/OTHER.SXS"));
+    EXPECT_FALSE(list.Add(SchemeFileItem::None(), "/OTHER.SXS"));
     EXPECT_EQ(list.Count(), 2);
     EXPECT_TRUE(list.Item(1) == first);
     list.Clear();
