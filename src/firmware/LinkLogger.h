@@ -26,6 +26,7 @@ public:
 
     /// Talks over link, which it owns.
     explicit LinkLogger(std::unique_ptr<ByteLink> link, Options options);
+    /// Talks over link, which it owns, with the default options.
     explicit LinkLogger(std::unique_ptr<ByteLink> link);
     ~LinkLogger() override;
 

@@ -23,9 +23,9 @@ enum class UpgradeStatus {
 /// The result of a logger operation: its kind, a message for a person, and
 /// what the logger said it was at the end (empty when it could not be asked).
 struct MERIDEX_EXPORT UpgradeResult {
-    UpgradeStatus status = UpgradeStatus::Ok;
-    std::string message;
-    LoggerIdentity identity;
+    UpgradeStatus status = UpgradeStatus::Ok;  ///< how it ended
+    std::string message;                       ///< what happened, for a person
+    LoggerIdentity identity;                   ///< who the logger said it was at the end
 
     /// True when the operation succeeded.
     bool Ok() const noexcept { return status == UpgradeStatus::Ok; }
