@@ -16,4 +16,10 @@ std::string UpgradeStepText(UpgradeStep step, std::uint64_t done, std::uint64_t 
     return {};
 }
 
+int UpgradePercent(UpgradeStep step, std::uint64_t done, std::uint64_t total) {
+    if (step == UpgradeStep::Write) return 5 + static_cast<int>(total ? (done > total ? total : done) * 90 / total : 0);
+    if (step < UpgradeStep::Write) return static_cast<int>(step) * 2;
+    return 95 + static_cast<int>(step) - static_cast<int>(UpgradeStep::Verify);
+}
+
 }  // namespace meridex

@@ -11,6 +11,10 @@ enum class UpgradeStep { Identify, EnterLoader, Erase, Write, Verify, Start, Con
 /// Text for a step ("Writing the image (40%)"); done and total count bytes while writing.
 MERIDEX_EXPORT std::string UpgradeStepText(UpgradeStep step, std::uint64_t done, std::uint64_t total);
 
+/// How far an upgrade has come, 0 to 100, for a progress bar: writing, nearly all of the time, fills
+/// 5 to 95.
+MERIDEX_EXPORT int UpgradePercent(UpgradeStep step, std::uint64_t done, std::uint64_t total);
+
 /// What an upgrade reports while it runs, and where it asks whether to stop.
 class MERIDEX_EXPORT UpgradeEvents {
 public:

@@ -51,10 +51,7 @@ public:
     DialogEvents(QLabel* step, QProgressBar* bar, const bool& cancel) : step_(step), bar_(bar), cancel_(cancel) {}
     void Progress(UpgradeStep step, std::uint64_t done, std::uint64_t total) override {
         step_->setText(Q(UpgradeStepText(step, done, total)));
-        int percent = step == UpgradeStep::Write ? 5 + static_cast<int>(total ? done * 90 / total : 0)
-                      : step < UpgradeStep::Write ? static_cast<int>(step) * 2
-                                                  : 95 + static_cast<int>(step) - static_cast<int>(UpgradeStep::Verify);
-        bar_->setValue(percent);
+        bar_->setValue(UpgradePercent(step, done, total));
         QCoreApplication::processEvents();  // repaint, and take a click on Cancel
     }
     bool CancelRequested() override {

@@ -18,7 +18,10 @@
 #include <meridex/frame/RecordingUserInterface.h>
 #include <meridex/ui/firmware/frmFirmware.h>
 
+#include <meridex/firmware/LoggerLinks.h>
+
 #include "DialogTest.h"
+#include "SimulatorProcess.h"
 #include "TempDir.h"
 
 using namespace meridex;
@@ -195,6 +198,42 @@ TEST_F(FirmwareDialog, ALoggerThatDoesNotAnswerIsLoggedAndNothingIsOffered) {
     EXPECT_EQ(Files()->topLevelItemCount(), 0);
     EXPECT_FALSE(Control<QPushButton>("cmdUpgrade")->isEnabled());
     EXPECT_NE(Log().find("frmFirmware:IdentifyLogger - 57 : The logger did not answer"), std::string::npos) << Log();
+}
+
+TEST_F(FirmwareDialog, UpgradesTheSimulatedLoggerAndACancelledOneIsCompletedByTheNext) {
+    SimulatorProcess sim({"--flash", dir_.File("flash.bin"), "--tcp", "0", "--model", "WL400", "--serial", "88123",
+                          "--version", "1.2.0", "--block-size", "256"});
+    ASSERT_TRUE(sim.Ready());
+    std::string error;
+    std::unique_ptr<LinkLogger> link = LoggerLinks::OpenTcp("127.0.0.1", sim.Port(), error);
+    ASSERT_TRUE(link) << error;
+    form_ = std::make_unique<frmFirmware>(ui_);
+    form_->setLogger(link.get());
+    form_->setErrHandler(&handler_);
+    form_->setFirmwareFilesPath(dir_.File("fw"));
+    form_->show();
+    form_->Form_Load();
+    EXPECT_EQ(Control<QLabel>("lblSerial")->text(), "88123");
+    EXPECT_EQ(Texts(Files()), (QStringList{"2.0.0", "1.5.0", "1.2.0 (running)"}));
+
+    // An upgrade cancelled once the write has begun leaves the logger in its loader; the dialog shows it so.
+    struct CancelWhileWriting : UpgradeEvents {
+        void Progress(UpgradeStep step, std::uint64_t done, std::uint64_t) override { stop = step == UpgradeStep::Write && done > 0; }
+        bool CancelRequested() override { return stop; }
+        bool stop = false;
+    } cancel;
+    EXPECT_EQ(link->LoadFirmware(FirmwareImage::Read(dir_.File("fw/wl-2.0.mxfw")), &cancel).status,
+              UpgradeStatus::Cancelled);
+    form_->Form_Load();
+    EXPECT_EQ(Control<QLabel>("lblMode")->text(), "Waiting in its loader");
+
+    SelectRow(0);
+    Click(Control<QPushButton>("cmdUpgrade"));
+    EXPECT_EQ(form_->LastResult().status, UpgradeStatus::Ok) << form_->LastResult().message;
+    EXPECT_EQ(Control<QLabel>("lblVersion")->text(), "2.0.0");
+    EXPECT_EQ(Control<QLabel>("lblMode")->text(), "Running its firmware");
+    EXPECT_EQ(Texts(Files())[0], "2.0.0 (running)");
+    EXPECT_EQ(Log().find("cmdUpgrade_Click"), std::string::npos) << Log();
 }
 
 TEST(UpgradeFirmwareForm, ItsOwnHandlerLogsBesideTheLibrary) {

@@ -1,4 +1,9 @@
-// The firmware upgrade dialog: a logger identified with its files offered, and after an upgrade.
+// The firmware upgrade dialog: a logger identified with its files offered, loading, and after an upgrade.
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTreeWidget>
+
 #include <meridex/firmware/FirmwareImage.h>
 #include <meridex/frame/ErrorHandler.h>
 #include <meridex/frame/RecordingUserInterface.h>
@@ -26,7 +31,8 @@ public:
 // A dialog that owns its logger, its error log and a firmware folder of four files.
 class SceneFirmware : public frmFirmware {
 public:
-    explicit SceneFirmware(bool upgraded) : frmFirmware(std::make_shared<RecordingUserInterface>()) {
+    enum class State { Offered, Loading, Upgraded };
+    explicit SceneFirmware(State state) : frmFirmware(std::make_shared<RecordingUserInterface>()) {
         const struct {
             const char* name;
             const char* version;
@@ -45,7 +51,15 @@ public:
         setErrHandler(&handler_);
         setFirmwareFilesPath(dir_.File("firmware"));
         Form_Load();
-        if (upgraded) cmdUpgrade_Click();
+        if (state == State::Upgraded) cmdUpgrade_Click();
+        if (state == State::Loading) {  // as the dialog stands between two blocks
+            lblStep->setText(QString::fromStdString(UpgradeStepText(UpgradeStep::Write, 104448, 262144)));
+            pbProgress->setValue(UpgradePercent(UpgradeStep::Write, 104448, 262144));
+            cmdCancel->setText("&Cancel");
+            cmdUpgrade->setEnabled(false);
+            cmdBrowse->setEnabled(false);
+            lvFiles->setEnabled(false);
+        }
         lblFolder->setText("/srv/field/firmware");  // a stable path in the picture
     }
 
@@ -57,6 +71,8 @@ private:
 
 }  // namespace
 
-MERIDEX_SCENE("frmFirmware") { return std::make_unique<SceneFirmware>(false); }
+MERIDEX_SCENE("frmFirmware") { return std::make_unique<SceneFirmware>(SceneFirmware::State::Offered); }
 
-MERIDEX_SCENE("frmFirmware-upgraded") { return std::make_unique<SceneFirmware>(true); }
+MERIDEX_SCENE("frmFirmware-loading") { return std::make_unique<SceneFirmware>(SceneFirmware::State::Loading); }
+
+MERIDEX_SCENE("frmFirmware-upgraded") { return std::make_unique<SceneFirmware>(SceneFirmware::State::Upgraded); }
