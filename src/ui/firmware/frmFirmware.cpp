@@ -124,6 +124,7 @@ void frmFirmware::BuildControls() {
     pbProgress->setObjectName("pbProgress");
     pbProgress->setRange(0, 100);
     pbProgress->setValue(0);
+    pbProgress->setTextVisible(false);  // the step above says how far the write is; two figures would disagree
     lblResult = label("lblResult");
     lblResult->setWordWrap(true);
 
@@ -199,7 +200,8 @@ void frmFirmware::LoadFirmwareFiles() {
         lblFolder->setText(Q(firmwareFilesPath_));
         FirmwareFolder folder(firmwareFilesPath_);
         for (const FirmwareFolder::Refusal& refused : folder.Refused())
-            Log(refused.error.number, refused.error.description, "frmFirmware:LoadFirmwareFiles");
+            if (refusalsLogged_.insert(refused.path).second)
+                Log(refused.error.number, refused.error.description, "frmFirmware:LoadFirmwareFiles");
         if (identified_) offers_ = folder.OffersFor(identity_.model, identity_.firmwareVersion);
         for (const FirmwareFolder::Offer& offer : offers_) {
             const FirmwareImage& image = offer.image;

@@ -2,6 +2,7 @@
 #include <meridex/ui/Export.h>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 #include <QDialog>
@@ -92,6 +93,7 @@ private:
     LoggerIdentity identity_;
     bool identified_ = false;
     std::vector<FirmwareFolder::Offer> offers_;
+    std::set<std::string> refusalsLogged_;  // a refused file is logged once, not at every listing
     UpgradeResult last_;
     bool busy_ = false;
     bool cancelRequested_ = false;

@@ -121,6 +121,9 @@ TEST_F(FirmwareDialog, ShowsTheLoggerAndOffersOnlyItsFilesNewestFirstWithTheRunn
     // The damaged file is not offered, and is logged with the routine that met it.
     EXPECT_NE(Log().find("Error in subroutine frmFirmware:LoadFirmwareFiles - 321 : Invalid file format"), std::string::npos)
         << Log();
+    const std::string once = Log();
+    form_->LoadFirmwareFiles();  // listed again: the same refusal is not logged twice
+    EXPECT_EQ(Log(), once);
 }
 
 TEST_F(FirmwareDialog, AnUpgradeRunsAtOnceButADowngradeOrTheRunningVersionAsksFirst) {
