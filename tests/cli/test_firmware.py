@@ -162,3 +162,16 @@ def test_a_logger_that_is_not_there_or_never_answers(ws):
 def test_usage_errors(ws, args):
     result = ws.run(*args)
     assert result.code == USAGE, result.err
+
+
+def test_a_logger_is_reached_through_a_device_profile_of_the_map(ws, simulators):
+    sim = simulators(ws.root / "flash.bin", "--model", "WL400", "--serial", "5150", "--version", "1.0.0")
+    added = ws.run("comms", "add", ws.map, "tcp", "--json").json()["added"]
+    port = sim.where.split(":")[1]
+    ws.map.write_text(ws.map.read_text(encoding="cp1252").replace(
+        "<PORT>9000</PORT>\n    <TIMEOUT>5</TIMEOUT>", f"<PORT>{port}</PORT>\n    <TIMEOUT>5</TIMEOUT>"), encoding="cp1252")
+    found = ws.run("firmware", "identify", "--map", ws.map, "--profile", added["key"], "--json")
+    assert found.code == OK, found.err
+    assert found.json()["serial"] == "5150" and port in found.json()["link"]
+    assert ws.run("firmware", "identify", "--map", ws.map, "--profile", "PROFILE99").code == NO
+    assert ws.run("firmware", "identify", "--map", ws.root / "missing.xml", "--profile", "PROFILE1").code == BAD_INPUT
