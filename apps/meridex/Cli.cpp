@@ -18,6 +18,11 @@ constexpr ExitCodeRow kExitCodes[] = {
     {kBadInput, "an input file or folder that is missing, unreadable or of another kind"},
     {kWriteFailed, "a file or folder could not be written (nothing was changed)"},
     {kUnknownFeature, "\"settings can\": no profile and no catalogue knows the feature"},
+    {kNoLink, "firmware: no link to the logger (no such port or profile, nothing listening)"},
+    {kNoAnswer, "firmware: the logger did not answer in time"},
+    {kLinkLost, "firmware: the link was lost during an upgrade (the logger waits in its loader)"},
+    {kLoggerRefused, "firmware: the logger refused a step"},
+    {kUpgradeFailed, "firmware: a block, the image check or the start failed (the logger waits in its loader)"},
     {kInternal, "a fault of the tool itself"},
 };
 

@@ -20,5 +20,8 @@ MERIDEX_EXPORT std::string CompanionProgramName();
 /// The folder of the running program, with no trailing separator ("" when
 /// the platform cannot tell).
 MERIDEX_EXPORT std::string ProgramFolder();
+/// The folder of the file holding this library (the program's own file when
+/// the library is linked in statically), with no trailing separator.
+MERIDEX_EXPORT std::string LibraryFolder();
 
 }  // namespace meridex::Platform

@@ -20,3 +20,4 @@
 #include <meridex/ui/addressbook/frmImport.h>
 #include <meridex/ui/addressbook/frmNewSite.h>
 #include <meridex/ui/addressbook/frmSelectSite.h>
+#include <meridex/ui/firmware/frmFirmware.h>
