@@ -17,6 +17,9 @@ MERIDEX_EXPORT std::shared_ptr<UserStore> DefaultUserStore();
 MERIDEX_EXPORT std::shared_ptr<SerialPortSource> DefaultSerialPortSource(std::shared_ptr<UserStore> store);
 /// The file name of the companion program that writes ports.txt.
 MERIDEX_EXPORT std::string CompanionProgramName();
+/// The Windows folder with a separator appended ("C:\\WINDOWS\\"); on Linux,
+/// where the system's own configuration lives ("/etc/").
+MERIDEX_EXPORT std::string GetWindowsFolder();
 /// The folder of the running program, with no trailing separator ("" when
 /// the platform cannot tell).
 MERIDEX_EXPORT std::string ProgramFolder();
