@@ -29,19 +29,6 @@ std::wstring Quoted(const std::wstring& argument) {
 
 }  // namespace
 
-StartedProgram::StartedProgram(StartedProgram&& other) noexcept : id_(other.id_) { other.id_ = 0; }
-
-StartedProgram& StartedProgram::operator=(StartedProgram&& other) noexcept {
-    if (this != &other) {
-        End();
-        id_ = other.id_;
-        other.id_ = 0;
-    }
-    return *this;
-}
-
-StartedProgram::~StartedProgram() { End(); }
-
 StartedProgram StartedProgram::Start(const std::string& path, const std::vector<std::string>& arguments) {
     StartedProgram program;
     const std::wstring application = Wide::FromUtf8(path);
