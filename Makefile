@@ -1,7 +1,7 @@
 # The two commands: `make demo` and `make test`. Both install what they need first.
 JOBS ?= $(shell nproc)
 
-.PHONY: windows test-windows bootstrap-windows demo test bootstrap build-dev build-ci build-demo bench package docs clean
+.PHONY: windows test-windows bootstrap-windows demo test bootstrap build-dev build-ci build-demo bench package docs fuzz clean
 
 demo: bootstrap build-demo
 	scripts/demo build/demo/apps/meridex/meridex
@@ -11,6 +11,12 @@ test: bootstrap build-ci
 
 bench: bootstrap build-dev
 	scripts/bench build/dev
+
+# Each libFuzzer target for FUZZ_SECONDS (default 60); see scripts/fuzz.
+fuzz: bootstrap
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS)
+	scripts/fuzz
 
 # Debian packages in build/package: meridex_<version>_<arch>.deb and meridex-dev_...
 package: bootstrap

@@ -8,6 +8,7 @@
 #include <unordered_set>
 
 #include <meridex/comms/PortSnapshot.h>
+#include <meridex/comms/PortsList.h>
 #include <meridex/comms/ProfileXml.h>
 #include <meridex/frame/Error.h>
 #include <meridex/frame/FileOps.h>
@@ -184,16 +185,7 @@ void CommsProfileManager::GetCommPortDescriptions(const std::string& RootPath) {
 
         std::string contents;
         if (!FileOps::ReadWholeFile(portsFile, contents)) return;
-        std::string_view rest = contents;
-        while (!rest.empty()) {
-            std::size_t end = rest.find('\n');
-            std::string_view line = Text::Trim(rest.substr(0, end));
-            rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
-            std::size_t bar = line.find('|');
-            if (line.empty() || bar == std::string_view::npos) continue;
-            std::string_view port = line.substr(0, bar);
-            std::string_view description = line.substr(bar + 1);
-            description = description.substr(0, description.find('|'));
+        for (const auto& [port, description] : ParsePortsList(contents)) {
             for (const XmlNode& profile : root_.SelectAll(kProfile)) {
                 if ("COM" + ChildText(profile, "COMMPORT") == port) {
                     SetChild(profile, "NAME", description);

@@ -1,5 +1,6 @@
 #pragma once
 #include <meridex/Export.h>
+#include <compare>
 #include <cstdint>
 #include <ctime>
 

@@ -39,8 +39,11 @@ MERIDEX_EXPORT bool SetFileDateTimes(std::string_view path, const DateTime& crea
 
 /// Reads a whole file; false when it cannot.
 MERIDEX_EXPORT bool ReadWholeFile(const std::string& path, std::string& contents);
-/// Writes bytes to path atomically: a temporary file beside it, flushed and
-/// renamed over it. The old file is untouched when this fails.
+/// Writes bytes to path atomically: a temporary file beside the final target
+/// (symbolic links followed), flushed and renamed over it; the old file is
+/// untouched when this fails. Temporaries of earlier saves that were killed
+/// are removed first. Where no file can be made beside the target, the target
+/// is rewritten in place and flushed instead (see ARCHITECTURE.md).
 MERIDEX_EXPORT bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::string* error = nullptr);
 /// Copies a file that could not be read to a free name beside it
 /// (path + ".unreadable", then ".unreadable-1", ...) so a later save cannot

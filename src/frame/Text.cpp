@@ -4,6 +4,8 @@
 #include <wctype.h>
 
 #include <array>
+#include <cstdint>
+#include <utility>
 
 #include <meridex/frame/Utf8.h>
 
@@ -146,6 +148,60 @@ std::string ToWindows1252(std::string_view utf8Text) {
                 }
             }
             out += mapped;
+        }
+    }
+    return out;
+}
+
+std::string XmlWithCharacterReferences(std::string_view xml) {
+    std::string out;
+    out.reserve(xml.size() + xml.size() / 8);
+    // Markup whose characters must stay as they are, by its opening and closing.
+    static constexpr std::pair<std::string_view, std::string_view> kVerbatim[] = {
+        {"<!--", "-->"}, {"<?", "?>"}, {"<![CDATA[", "]]>"}, {"<!", ">"}};
+    std::size_t pos = 0;
+    char quote = 0;     // inside an attribute value
+    bool inTag = false;
+    while (pos < xml.size()) {
+        const char c = xml[pos];
+        if (!inTag && c == '<') {
+            bool verbatim = false;
+            for (const auto& [open, close] : kVerbatim) {
+                if (xml.substr(pos, open.size()) != open) continue;
+                const std::size_t end = xml.find(close, pos + open.size());
+                const std::size_t stop = end == std::string_view::npos ? xml.size() : end + close.size();
+                out.append(xml.substr(pos, stop - pos));
+                pos = stop;
+                verbatim = true;
+                break;
+            }
+            if (!verbatim) {
+                inTag = true;
+                out += c;
+                ++pos;
+            }
+            continue;
+        }
+        if (inTag) {
+            if (quote && c == quote) {
+                quote = 0;
+            } else if (!quote && (c == '"' || c == '\'')) {
+                quote = c;
+            } else if (!quote && c == '>') {
+                inTag = false;
+            }
+        }
+        if (static_cast<unsigned char>(c) < 0x80 || (inTag && !quote)) {
+            out += c;
+            ++pos;
+            continue;
+        }
+        const std::size_t start = pos;
+        const char32_t cp = utf8::Next(xml, pos);
+        if (cp == utf8::kInvalid) {
+            out.append(xml.substr(start, pos - start));
+        } else {
+            out += "&#" + std::to_string(static_cast<std::uint32_t>(cp)) + ";";
         }
     }
     return out;

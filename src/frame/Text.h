@@ -25,5 +25,10 @@ MERIDEX_EXPORT std::string FromWindows1252(std::string_view bytes);
 /// UTF-8 as windows-1252 bytes; characters that windows-1252 cannot hold
 /// become "?".
 MERIDEX_EXPORT std::string ToWindows1252(std::string_view utf8);
+/// Serialised UTF-8 XML made readable alike as UTF-8 and as windows-1252: every
+/// character above 127 in text and attribute values becomes a character
+/// reference ("&#252;"). Names, comments and processing instructions cannot
+/// hold references and keep their characters.
+MERIDEX_EXPORT std::string XmlWithCharacterReferences(std::string_view xml);
 
 }  // namespace meridex::Text

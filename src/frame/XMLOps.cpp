@@ -11,8 +11,11 @@
 namespace meridex::XMLOps {
 namespace {
 
+// Trivially destructible, so it is still there for a lease held by a static
+// object, which ends after the thread's own objects: the last release frees
+// the document, whenever it comes.
 struct Factory {
-    XmlDocument document;
+    XmlDocument* document = nullptr;
     std::int32_t uses = 0;
 };
 
@@ -64,24 +67,28 @@ XmlDocument NewXMLDocument() {
 
 void AcquireXMLFactory() {
     Factory& factory = ThreadFactory();
-    if (++factory.uses == 1) factory.document = NewXMLDocument();
+    if (++factory.uses == 1) factory.document = new XmlDocument(NewXMLDocument());
 }
 
 void ReleaseXMLFactory() {
     Factory& factory = ThreadFactory();
     if (--factory.uses <= 0) {
         factory.uses = 0;
-        factory.document = XmlDocument();
+        delete factory.document;
+        factory.document = nullptr;
     }
 }
 
 std::int32_t XMLFactoryUseCount() { return ThreadFactory().uses; }
 
-XmlDocument XMLFactory() { return ThreadFactory().document; }
+XmlDocument XMLFactory() {
+    const Factory& factory = ThreadFactory();
+    return factory.document ? *factory.document : XmlDocument();
+}
 
 XmlNode CreateXMLElement(std::string_view name) {
-    const XmlDocument& factory = ThreadFactory().document;
-    return factory ? factory.CreateElement(name) : XmlNode();
+    const XmlDocument* factory = ThreadFactory().document;
+    return factory ? factory->CreateElement(name) : XmlNode();
 }
 
 std::string GetXMLValue(const XmlNode& node, std::string_view name, std::string_view defaultValue) {

@@ -44,6 +44,16 @@ std::string EncodingOfInstruction(const std::string& data) {
     return data.substr(pos + 1, end - pos - 1);
 }
 
+// The encoding named by the declaration at the start of bytes ("" if none).
+std::string DeclaredEncoding(std::string_view bytes) {
+    const std::size_t end = bytes.find("?>");
+    return EncodingOfInstruction(std::string(bytes.substr(0, end == std::string_view::npos ? 0 : end)));
+}
+
+bool IsWindows1252Name(std::string_view name) {
+    return Text::EqualsIgnoreCase(name, "windows-1252") || Text::EqualsIgnoreCase(name, "cp1252");
+}
+
 // Serialises the document; false when libxml2 knows no such encoding.
 bool SaveDocument(xmlDocPtr doc, const char* encoding, int options, std::string& out) {
     xmlBufferPtr buffer = xmlBufferCreate();
@@ -102,11 +112,19 @@ XmlDocument XmlDocument::Parse(std::string_view bytes, std::string* error) {
     };
     if (bytes.size() > static_cast<std::size_t>(INT32_MAX)) return fail("document too large");
     const bool declared = StartsWithDeclaration(bytes);
-    // The legacy host wrote its documents as 8-bit text without a
-    // declaration; such a file that is not UTF-8 is windows-1252.
+    // The legacy host wrote its documents as 8-bit text, mostly without a
+    // declaration; such a file that is not UTF-8 is windows-1252. Our own
+    // table decodes it: it maps every byte (0x81 to U+0081, as Windows does),
+    // where the converter libxml2 would use refuses five of them.
     const char* encoding = nullptr;
-    if (!declared && !Text::IsValidUtf8(bytes) && bytes.substr(0, 2) != "\xFF\xFE" && bytes.substr(0, 2) != "\xFE\xFF")
-        encoding = "windows-1252";
+    std::string decoded;
+    const std::string declaredEncoding = declared ? DeclaredEncoding(bytes) : std::string();
+    if ((!declared && !Text::IsValidUtf8(bytes) && bytes.substr(0, 2) != "\xFF\xFE" && bytes.substr(0, 2) != "\xFE\xFF") ||
+        IsWindows1252Name(declaredEncoding)) {
+        decoded = Text::FromWindows1252(bytes);
+        bytes = decoded;
+        encoding = "UTF-8";
+    }
 
     xmlParserCtxtPtr ctxt = xmlNewParserCtxt();
     if (!ctxt) return fail("out of memory");
@@ -130,6 +148,11 @@ XmlDocument XmlDocument::Parse(std::string_view bytes, std::string* error) {
     if (!reason.empty()) {
         if (doc) xmlFreeDoc(doc);
         return fail(reason);
+    }
+    if (encoding && declared) {
+        // Saved again in the encoding its declaration names.
+        if (doc->encoding) xmlFree(const_cast<xmlChar*>(doc->encoding));
+        doc->encoding = xmlStrdup(reinterpret_cast<const xmlChar*>(declaredEncoding.c_str()));
     }
     xmlimpl::DocHolder* holder = xmlimpl::NewHolder(doc);
     holder->hadDeclaration = declared;
@@ -200,6 +223,9 @@ std::string XmlDocument::Serialize() const {
     }
     std::string out;
     if (!SaveDocument(doc, encoding.c_str(), options, out)) SaveDocument(doc, "UTF-8", options, out);
+    // Without a declaration a reader may take the file for UTF-8 or for
+    // windows-1252: with references for everything above 127 both read it alike.
+    if (options & XML_SAVE_NO_DECL && encoding == "UTF-8") return Text::XmlWithCharacterReferences(out);
     return out;
 }
 

@@ -55,10 +55,10 @@ public:
     /// The first element child of the document (null when it has none).
     XmlNode DocumentElement() const;
 
-    /// Changes with every edit of the document except an append at the end of
-    /// a child list: a removal, an insert before another node, a text
-    /// rewritten. Indexes that keep up with their own appends use it to know
-    /// when anything else has changed.
+    /// Changes with every edit of the document except an element appended
+    /// after an element (or into an empty element): a removal, an insert before
+    /// another node, a text rewritten or appended. Indexes that keep up with
+    /// their own appends use it to know when anything else has changed.
     std::uint64_t EditGeneration() const noexcept;
 
     /// A new, detached element held by this document until appended
@@ -72,8 +72,8 @@ public:
     /// The whole document as it would be saved. A leading processing
     /// instruction with target "xml" stands for the declaration and is written
     /// as it is, its encoding used for the text; a document loaded with a
-    /// declaration is written with one; any other document is written as UTF-8
-    /// without a declaration.
+    /// declaration is written with one; any other document is written without a
+    /// declaration, in ASCII with a character reference for everything above 127.
     std::string Serialize() const;
     /// Writes Serialize() atomically (temporary file beside path, flushed,
     /// renamed). False, with a reason, when it could not; the old file is then

@@ -187,7 +187,12 @@ bool MoveInto(xmlNodePtr parent, xmlNodePtr child, xmlNodePtr ref) {
         newHolder->refs += moved;
     }
 
-    if (ref) ++newHolder->editGeneration;
+    // An element appended after elements is the one edit a cache can follow
+    // from the parent's last child. Anything else appended (text into a KEY,
+    // an element after text) rewrites what the parent's text says.
+    if (ref || (!parentIsDocument && (child->type != XML_ELEMENT_NODE ||
+                                      (parent->last && parent->last->type != XML_ELEMENT_NODE))))
+        ++newHolder->editGeneration;
 
     // Linked by hand: libxml2's own add functions merge adjacent text nodes
     // and free one of them, which would pull a node from under its views.

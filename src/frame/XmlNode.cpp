@@ -2,7 +2,6 @@
 
 #include <libxml/xmlsave.h>
 
-#include <cstring>
 
 #include <meridex/frame/Text.h>
 #include <meridex/frame/XmlAccess.h>
@@ -17,8 +16,9 @@ using xmlimpl::Anchor;
 bool NameIs(xmlNodePtr node, std::string_view name) {
     if (node->type != XML_ELEMENT_NODE) return false;
     if (name.empty() || name == "*") return true;
+    // Whole names compared: a part holding a NUL must not match a shorter name.
     const char* own = reinterpret_cast<const char*>(node->name);
-    return own && std::strncmp(own, name.data(), name.size()) == 0 && own[name.size()] == '\0';
+    return own && std::string_view(own) == name;
 }
 
 xmlNodePtr NextElement(xmlNodePtr node, std::string_view name) {
@@ -43,16 +43,25 @@ bool SplitPath(std::string_view path, std::vector<std::string_view>& parts) {
     }
 }
 
-void Collect(xmlNodePtr node, const std::vector<std::string_view>& parts, std::size_t level,
-             std::vector<XmlNode>& out, bool firstOnly) {
-    for (xmlNodePtr child = NextElement(node->children, parts[level]); child;
-         child = NextElement(child->next, parts[level])) {
-        if (level + 1 == parts.size()) {
+// The elements the parts lead to, in document order; depth first without
+// recursion (one current child per level), so a path as long as a deep
+// document cannot exhaust the stack.
+void Collect(xmlNodePtr node, const std::vector<std::string_view>& parts, std::vector<XmlNode>& out,
+             bool firstOnly) {
+    std::vector<xmlNodePtr> stack{NextElement(node->children, parts[0])};
+    while (!stack.empty()) {
+        xmlNodePtr child = stack.back();
+        const std::size_t level = stack.size() - 1;
+        if (!child) {
+            stack.pop_back();
+            if (!stack.empty()) stack.back() = NextElement(stack.back()->next, parts[level - 1]);
+        } else if (level + 1 == parts.size()) {
             out.push_back(XmlAccess::View(child));
+            if (firstOnly) return;
+            stack.back() = NextElement(child->next, parts[level]);
         } else {
-            Collect(child, parts, level + 1, out, firstOnly);
+            stack.push_back(NextElement(child->children, parts[level + 1]));
         }
-        if (firstOnly && !out.empty()) return;
     }
 }
 
@@ -181,7 +190,7 @@ XmlNode XmlNode::SelectSingle(std::string_view path) const {
     std::vector<std::string_view> parts;
     if (!SplitPath(path, parts)) return {};
     std::vector<XmlNode> found;
-    Collect(node, parts, 0, found, true);
+    Collect(node, parts, found, true);
     return found.empty() ? XmlNode() : found.front();
 }
 
@@ -190,7 +199,7 @@ std::vector<XmlNode> XmlNode::SelectAll(std::string_view path) const {
     xmlNodePtr node = XmlAccess::Raw(*this);
     std::vector<std::string_view> parts;
     if (!node || !SplitPath(path, parts)) return found;
-    Collect(node, parts, 0, found, false);
+    Collect(node, parts, found, false);
     return found;
 }
 

@@ -191,7 +191,8 @@ bool Settings::SaveSettings(const std::string& newSettingsFile) {
         // Refused before an unreadable file is kept, so a refusal leaves no copy.
         if (path_.empty() || IsReadOnlyFile(path_)) return false;
         if (!unreadable_.KeepBeforeReplacing(path_)) return false;
-        std::string text = root_.Xml();
+        // References for everything above 127: read alike as UTF-8 and as windows-1252.
+        std::string text = Text::XmlWithCharacterReferences(root_.Xml());
         text += "\r\n";
         return FileOps::WriteFileAtomic(path_, text);
     } catch (...) {

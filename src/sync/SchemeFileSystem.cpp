@@ -83,6 +83,15 @@ bool RenameNoReplace(const std::string& from, const std::string& to) {
 
 }  // namespace
 
+bool SchemeFileSystem::RenameFile(const std::string& from, const std::string& to, bool replace) {
+    return replace ? ::rename(from.c_str(), to.c_str()) == 0 : RenameNoReplace(from, to);
+}
+
+bool SchemeFileSystem::IsWriteProtected(const std::string& path) const {
+    struct stat st {};
+    return ::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode) && (st.st_mode & 0222) == 0;
+}
+
 bool SchemeFileSystem::FolderExists(const std::string& path) const {
     struct stat st {};
     return !path.empty() && ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
@@ -221,11 +230,13 @@ std::vector<std::string> SchemeFileSystem::CommitPending(std::vector<PendingCopy
         if (!flushed[deviceOf[i]]) {
             error = "Unable to write " + copy.destination + ": the disk could not be flushed";
         } else if (!copy.replaces) {
-            if (!RenameNoReplace(copy.temp, copy.destination)) error = Describe("Unable to place", copy.destination, errno);
+            if (!RenameFile(copy.temp, copy.destination, false)) error = Describe("Unable to place", copy.destination, errno);
+        } else if (!replaceReadOnly_ && IsWriteProtected(copy.destination)) {
+            error = "Unable to replace " + copy.destination + ": the file is read-only";
         } else if (copy.backup && ::lstat(copy.destination.c_str(), &st) == 0 &&
                    BackupFile(copy.destination, error).empty()) {
             // error says why: the old file stays as it is
-        } else if (::rename(copy.temp.c_str(), copy.destination.c_str()) != 0) {
+        } else if (!RenameFile(copy.temp, copy.destination, true)) {
             error = Describe("Unable to replace", copy.destination, errno);
         }
         if (!error.empty()) ::unlink(copy.temp.c_str());
@@ -263,6 +274,8 @@ SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& sourc
     bool targetExists = ::lstat(destination.c_str(), &target) == 0;
     if (targetExists && S_ISDIR(target.st_mode)) return fail("A folder is in the way: " + destination, EISDIR);
     bool keepTargetMode = targetExists && S_ISREG(target.st_mode);
+    if (commit == Commit::Replace && !replaceReadOnly_ && IsWriteProtected(destination))
+        return fail("Unable to replace " + destination + ": the file is read-only", EACCES);
 
     const std::string folder = FolderOf(destination);
     const std::string name = NameOf(destination);
@@ -305,8 +318,7 @@ SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& sourc
         if (made.empty()) return fail(why, EIO);
         if (backupPath) *backupPath = made;
     }
-    bool renamed = commit == Commit::Replace ? ::rename(tempPath.c_str(), destination.c_str()) == 0
-                                             : RenameNoReplace(tempPath, destination);
+    bool renamed = RenameFile(tempPath, destination, commit == Commit::Replace);
     if (!renamed) return fail(Describe("Unable to replace", destination, errno), errno);
     temp.Release();
     FlushFolder(folder);

@@ -74,6 +74,14 @@ public:
     /// Makes the entries of a folder (a rename, a new name) durable.
     virtual void FlushFolder(const std::string& folder);
 
+    /// True when path is a file without write permission, which a copy does
+    /// not replace (as an overwriting copy fails on Windows) unless allowed.
+    bool IsWriteProtected(const std::string& path) const;
+    /// Whether copies may replace write-protected files (false by default).
+    bool ReplaceReadOnly() const noexcept { return replaceReadOnly_; }
+    /// Lets copies replace write-protected files, or stops them.
+    void setReplaceReadOnly(bool replace) noexcept { replaceReadOnly_ = replace; }
+
     /// The name a backup number gives: "Site.SXS~0007.BAK".
     static std::string BackupName(const std::string& path, unsigned number);
 
@@ -86,8 +94,12 @@ protected:
     virtual bool Flush(int out);
     /// Makes everything written to the file system holding folder durable.
     virtual bool FlushFileSystem(const std::string& folder);
+    /// Gives a finished temporary its name: over an existing file with
+    /// replace, else never over one (errno EEXIST).
+    virtual bool RenameFile(const std::string& from, const std::string& to, bool replace);
 
 private:
+    bool replaceReadOnly_ = false;
     enum class Commit { Replace, NoReplace };
     CopyResult CopyInto(const std::string& source, const std::string& destination, Commit commit,
                         bool backup, std::string& error, std::string* backupPath, int* errnoOut,

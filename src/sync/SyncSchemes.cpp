@@ -380,6 +380,18 @@ bool SyncSchemes::CopyFamily(const SchemeFileItem& item, const std::string& sour
     FolderListing* listed = Listing(destinationFolder, nullptr);
     FolderListing& existing = listed ? *listed : none;
 
+    // A write-protected file at the destination fails the whole family before
+    // anything is copied, so no half of it is replaced.
+    if (!fs_->ReplaceReadOnly()) {
+        for (const auto& member : members) {
+            const std::string* present = existing.Find(member.target);
+            const std::string destination = Join(destinationFolder, present ? *present : member.target);
+            if (present && fs_->IsWriteProtected(destination)) {
+                error = "Unable to replace " + destination + ": the file is read-only";
+                return false;
+            }
+        }
+    }
     for (const auto& member : members) {
         if (cancel_) return true;
         const std::string source = Join(sourceFolder, member.name);

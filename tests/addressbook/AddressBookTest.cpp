@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 
+#include "FailingDiskSteps.h"
 #include "TempDir.h"
 #include <meridex/addressbook/AddressBook.h>
 #include <meridex/frame/Error.h>
@@ -88,6 +89,21 @@ TEST(AddressBook, FailedSaveChangesNothing) {
     EXPECT_THROW(book.SaveAddressBook(dir.File("no/such/folder/book.xml")), Error);
     EXPECT_EQ(book.FilePath(), dir.File("book.xml"));
     EXPECT_EQ(TempDir::Read(dir.File("book.xml")), before);
+    // The disk fills up at the first write, the flush or the rename: error 75.
+    for (int step = 0; step < 3; ++step) {
+        test::FailingDiskSteps disk;
+        disk.error = ENOSPC;
+        (step == 0 ? disk.failWrite : step == 1 ? disk.failSync : disk.failRename) = 1;
+        try {
+            book.SaveAddressBook();
+            ADD_FAILURE() << "saved despite a full disk at step " << step;
+        } catch (const Error& e) {
+            EXPECT_EQ(e.Number(), 75);
+            EXPECT_NE(e.Description().find("No space left"), std::string::npos) << e.Description();
+        }
+        EXPECT_EQ(TempDir::Read(dir.File("book.xml")), before);
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path()), {}), 1);
+    }
     EXPECT_EQ(book.Sites().SiteCount(), 2);
 }
 

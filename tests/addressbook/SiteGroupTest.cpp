@@ -150,6 +150,20 @@ TEST(SiteGroup, KeyLookupAgreesWithAScanUnderRandomChanges) {
     }
 }
 
+TEST(SiteGroup, KeyLookupSeesTextAddedToAKeyThroughTheViews) {
+    AddressBook book = EmptyBook();
+    SiteGroup root = book.Sites();
+    root.AddSite(NewSite("b"));
+    root.AddSite(NewSite("c"));
+    ASSERT_FALSE(root.Site("b").IsNull());  // the index now knows both keys
+    const XmlDocument document = root.XMLNode().OwnerDocument();
+    root.Site("b").XMLNode().SelectSingle("KEY").AppendChild(document.CreateTextNode("_1"));
+    root.Site("c").XMLNode().SelectSingle("KEY").AppendChild(document.CreateElement("B")).setText("x");
+    for (const std::string key : {"b_1", "cx", "b", "c"})  // new keys first: the old ones would show the change
+        EXPECT_EQ(root.Site(key).XMLNode(), ScanForKey(root.XMLNode(), "SITE", key)) << key;
+    EXPECT_EQ(root.Site("B_1").Key(), "b_1");
+}
+
 TEST(SiteGroup, ThousandsOfLevelsNeedNoRecursion) {
     AddressBook book = EmptyBook();
     SiteGroup group = book.Sites();

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "CommsTestSupport.h"
+#include "FailingDiskSteps.h"
 #include <meridex/frame/FileOps.h>
 
 using namespace meridex;
@@ -120,9 +121,19 @@ TEST(CommsProfileManager, BadMapFilesGiveTheDefaultMapAndAreKeptBeforeTheyAreRep
     EXPECT_TRUE(again->LoadXMLMapFile(missing));
     EXPECT_EQ(again->ApplicationProfileCount(), 4);
 
-    // An unwritable target fails without throwing.
+    // An unwritable target, or a disk that fails at a write, flush or rename,
+    // fails without throwing and leaves the file as it was.
     EXPECT_FALSE(m->SaveXMLMapFile("/proc/no/such/CommsProfiles.xml", &error));
     EXPECT_FALSE(error.empty());
+    const std::string before = TempDir::Read(missing);
+    m->AddUDPConnection();
+    for (int step = 0; step < 3; ++step) {
+        test::FailingDiskSteps disk;
+        (step == 0 ? disk.failWrite : step == 1 ? disk.failSync : disk.failRename) = 1;
+        EXPECT_FALSE(m->SaveXMLMapFile(missing, &error));
+        EXPECT_NE(error.find("Input/output error"), std::string::npos) << error;
+        EXPECT_EQ(TempDir::Read(missing), before);
+    }
     m->setMapFile("");
 }
 

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <set>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -41,11 +42,23 @@ TEST(IniUserStore, KeepsOrderCommentsAndIgnoresCase) {
     EXPECT_EQ(store.GetAllSettings("MeridexV4", "CommsUsage").size(), 2u);
     // Names that cannot be stored are refused, not written half-way.
     const std::string before = TempDir::Read(file);
-    EXPECT_FALSE(store.SaveSetting("MeridexV4", "CommsPref", "a=b", "1"));
     EXPECT_FALSE(store.SaveSetting("MeridexV4", "CommsPref", "k", "two\nlines"));
     EXPECT_FALSE(store.SaveSetting("../escape", "S", "k", "v"));
     EXPECT_FALSE(store.SaveSetting("MeridexV4", "[odd]", "k", "v"));
     EXPECT_EQ(TempDir::Read(file), before);
+
+    // Any key text round-trips, scheme paths with "=" included; plain
+    // hand-written lines read as before.
+    const std::vector<std::string> keys{"/schemes/a=b.xml", " padded ", ";semi", "#hash", "[br]", "\"q\"=x\\",
+                                        "two\nlines", std::string("nul\0in", 6), "C:\\Schemes\\Hill.xml"};
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        ASSERT_TRUE(store.SaveSetting("MeridexV4", "CommsPref", keys[i], std::to_string(i))) << keys[i];
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        EXPECT_EQ(store.GetSetting("MeridexV4", "CommsPref", keys[i], ""), std::to_string(i)) << keys[i];
+    EXPECT_NE(TempDir::Read(file).find("\nC:\\Schemes\\Hill.xml=8"), std::string::npos);
+    dir.Write("meridex/meridexv4.ini", "[CommsPref]\n/by hand/Site.xml = 4\n\"/quoted\\\"=x.xml\" = 5\n");
+    EXPECT_EQ(store.GetAllSettings("MeridexV4", "CommsPref"),
+              (std::vector<UserStore::Pair>{{"/by hand/Site.xml", "4"}, {"/quoted\"=x.xml", "5"}}));
 
     // Where the store lives by default.
     const char* old = std::getenv("XDG_CONFIG_HOME");
@@ -91,10 +104,34 @@ TEST(LinuxPorts, NumbersAreStableAcrossPlugging) {
     store.DeleteSetting("MeridexV4", "SerialPorts", "COM5");
     store.SaveSetting("MeridexV4", "SerialPorts", "COM99999", "/dev/ignored");
     store.SaveSetting("MeridexV4", "SerialPorts", "COMx", "/dev/ignored");
-    auto pinned = numbered(LinuxSerialPortSource::NumberPorts({devices[0], devices[3]}, store));
-    EXPECT_EQ(pinned, (Numbers{{1, "/dev/serial/by-id/usb-Modem_A"}, {2, "/dev/rfcomm0"},
-                               {3, "/dev/serial/by-id/usb-FTDI_B"}, {4, "/dev/ttyS0"},
-                               {6, "/dev/serial/by-id/usb-Prolific_C"}}));
+    // The UART moved aside never takes another UART's number (COM4 is
+    // /dev/ttyS3's, listed or not), and keeps the one it gets.
+    const std::set<int> uarts{0, 1, 2, 3};
+    const Numbers expected{{1, "/dev/serial/by-id/usb-Modem_A"}, {2, "/dev/rfcomm0"},
+                           {3, "/dev/serial/by-id/usb-FTDI_B"},  {5, "/dev/ttyS0"},
+                           {6, "/dev/serial/by-id/usb-Prolific_C"}};
+    EXPECT_EQ(numbered(LinuxSerialPortSource::NumberPorts({devices[0], devices[3]}, store, uarts)), expected);
+    EXPECT_EQ(numbered(LinuxSerialPortSource::NumberPorts({devices[0], devices[3]}, store, uarts)), expected);
+    // A new adapter skips every UART's number too.
+    std::vector<Device> adapter{{"/dev/ttyUSB9", "/dev/ttyUSB9", "CP2102", false, -1}};
+    EXPECT_EQ(numbered(LinuxSerialPortSource::NumberPorts(adapter, store, {0, 1, 2, 3, 4, 5, 6})).back(),
+              (std::pair<int, std::string>{8, "/dev/ttyUSB9"}));
+}
+
+TEST(LinuxPorts, APortTheUserMayNotOpenIsPresent) {
+    // /dev/null is a character device; the probe is told it may not open it,
+    // as a user outside the dialout group is told for a real port.
+    for (int refusal : {EACCES, EPERM, EBUSY}) {
+        EXPECT_TRUE(LinuxSerialPortSource::ProbeDevice("/dev/null", [refusal](const std::string&, int) {
+            errno = refusal;
+            return -1;
+        })) << refusal;
+    }
+    EXPECT_FALSE(LinuxSerialPortSource::ProbeDevice("/dev/null", [](const std::string&, int) {
+        errno = ENXIO;  // listed, but no device behind the node
+        return -1;
+    }));
+    EXPECT_FALSE(LinuxSerialPortSource::ProbeDevice("/dev/null"));  // opens, but is no terminal
 }
 
 namespace {
@@ -187,4 +224,12 @@ TEST(LinuxPorts, StartedProgramsAreAlwaysReaped) {
     slow.End(std::chrono::milliseconds(20));
     EXPECT_FALSE(StartedProgram::Start("/no/such/program", {}).Started());
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+}
+
+TEST(LinuxPortsAsUser, APortClosedToThisUserIsPresent) {
+    if (geteuid() == 0) GTEST_SKIP() << "needs an unprivileged user; the unprivileged test entry runs it";
+    const std::string port = "/dev/ttyS0";
+    if (access(port.c_str(), F_OK) != 0 || access(port.c_str(), R_OK) == 0)
+        GTEST_SKIP() << port << " is missing or open to this user";
+    EXPECT_TRUE(LinuxSerialPortSource::ProbeDevice(port));
 }

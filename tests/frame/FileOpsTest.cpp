@@ -1,10 +1,18 @@
 #include <gtest/gtest.h>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <csignal>
+#include <cstring>
 #include <filesystem>
 
 #include "TempDir.h"
 #include <meridex/frame/Error.h>
+#include "FailingDiskSteps.h"
 #include <meridex/frame/FileOps.h>
 
 using namespace meridex;
@@ -107,4 +115,137 @@ TEST(FileOps, AtomicWritesAndKeptFiles) {
     EXPECT_EQ(test::TempDir::Read(kept), "new");
     EXPECT_EQ(KeepUnreadableFile(target), target + ".unreadable-1");
     EXPECT_EQ(KeepUnreadableFile(dir.File("missing")), "");
+}
+
+namespace {
+
+std::vector<std::string> Entries(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+}  // namespace
+
+TEST(FileOps, SavesGoThroughSymbolicLinksToTheSharedFile) {
+    test::TempDir dir;
+    const std::string shared = dir.Write("shared/settings.xml", "old");
+    std::filesystem::create_directories(dir.File("user"));
+    std::filesystem::create_symlink("../shared/settings.xml", dir.File("user/link1.xml"));
+    std::filesystem::create_symlink(dir.File("user/link1.xml"), dir.File("user/settings.xml"));  // a chain
+
+    // The unreadable file is kept as the bytes the link leads to.
+    const std::string kept = KeepUnreadableFile(dir.File("user/settings.xml"));
+    ASSERT_TRUE(WriteFileAtomic(dir.File("user/settings.xml"), "new"));
+    EXPECT_EQ(test::TempDir::Read(kept), "old");
+    EXPECT_TRUE(std::filesystem::is_symlink(dir.File("user/settings.xml")));
+    EXPECT_EQ(test::TempDir::Read(shared), "new");
+    EXPECT_EQ(Entries(dir.File("shared")), std::vector<std::string>{"settings.xml"});
+
+    // A link to a file not made yet makes it; a loop is refused.
+    std::filesystem::create_symlink(dir.File("shared/later.xml"), dir.File("user/later.xml"));
+    ASSERT_TRUE(WriteFileAtomic(dir.File("user/later.xml"), "first"));
+    EXPECT_EQ(test::TempDir::Read(dir.File("shared/later.xml")), "first");
+    std::filesystem::create_symlink("loop", dir.File("user/loop"));
+    EXPECT_FALSE(WriteFileAtomic(dir.File("user/loop"), "x"));
+}
+
+TEST(FileOps, AFolderThatRefusesNewFilesGetsItsFileRewrittenInPlace) {
+    test::TempDir dir;
+    const std::string target = dir.Write("locked/book.xml", "the old book, longer than the new one");
+    test::FailingDiskSteps steps;
+    steps.error = EACCES;
+    steps.failCreate = 1;
+    std::string error;
+    ASSERT_TRUE(WriteFileAtomic(target, "new book", &error)) << error;
+    EXPECT_EQ(test::TempDir::Read(target), "new book");
+    EXPECT_EQ(Entries(dir.File("locked")), std::vector<std::string>{"book.xml"});
+
+    // A file that is not there yet cannot be written in place.
+    steps.creates = 0;
+    EXPECT_FALSE(WriteFileAtomic(dir.File("locked/new.xml"), "x", &error));
+    EXPECT_NE(error.find("Permission denied"), std::string::npos);
+
+    // Failing part-way in place: the old bytes are written back.
+    const std::string big(10000, 'b');
+    for (int failAt : {1, 2, 3}) {
+        steps.creates = steps.writes = 0;
+        steps.error = EACCES;
+        steps.failWrite = failAt;
+        EXPECT_FALSE(WriteFileAtomic(target, big));
+        EXPECT_EQ(test::TempDir::Read(target), "new book") << failAt;
+    }
+}
+
+TEST(FileOps, InjectedDiskFaultsLeaveTheTargetAndNoTemporary) {
+    test::TempDir dir;
+    const std::string old(20000, 'o');
+    const std::string target = dir.Write("book.xml", old);
+    const std::string bigger(50000, 'n');
+    for (int error : {ENOSPC, EIO}) {
+        for (int step = 0; step < 3; ++step) {
+            for (int failAt = 1; failAt <= (step == 0 ? 13 : 1); ++failAt) {
+                test::FailingDiskSteps steps;
+                steps.error = error;
+                (step == 0 ? steps.failWrite : step == 1 ? steps.failSync : steps.failRename) = failAt;
+                std::string why;
+                EXPECT_FALSE(WriteFileAtomic(target, bigger, &why)) << step << " " << failAt;
+                EXPECT_NE(why.find(std::strerror(error)), std::string::npos) << why;
+                EXPECT_EQ(test::TempDir::Read(target), old);
+                EXPECT_EQ(Entries(dir.Path()), std::vector<std::string>{"book.xml"});
+            }
+        }
+    }
+}
+
+TEST(FileOps, ASaveRemovesTheTemporariesOfKilledSavesOfThatFileOnly) {
+    test::TempDir dir;
+    const std::string target = dir.Write("s.xml", "old");
+    const pid_t dead = fork();
+    if (dead == 0) _exit(0);
+    waitpid(dead, nullptr, 0);
+    const std::string deadTemp = ".s.xml.tmp-" + std::to_string(dead) + "-AbC123";
+    const std::string liveTemp = ".s.xml.tmp-1-XyZ789";  // process 1 is alive
+    const std::string otherFile = ".t.xml.tmp-" + std::to_string(dead) + "-AbC123";
+    for (const auto& name : {deadTemp, liveTemp, otherFile}) dir.Write(name, "partial");
+    // Saves before process numbers were in the name: an hour old is dead, a
+    // minute old may still be writing.
+    const struct timespec hourAgo[2] = {{time(nullptr) - 3700, 0}, {time(nullptr) - 3700, 0}};
+    utimensat(AT_FDCWD, dir.Write(".s.xml.tmp-Old123", "partial").c_str(), hourAgo, 0);
+    const std::string recentTemp = ".s.xml.tmp-New123";
+    dir.Write(recentTemp, "partial");
+    // A dead writer's temporary that someone still holds locked stays too.
+    const std::string heldTemp = ".s.xml.tmp-" + std::to_string(dead) + "-Held00";
+    const int held = open(dir.Write(heldTemp, "partial").c_str(), O_RDONLY);
+    ASSERT_EQ(flock(held, LOCK_EX), 0);
+    const pid_t holder = fork();  // a lock held by another process
+    if (holder == 0) {
+        pause();
+        _exit(0);
+    }
+    close(held);
+
+    ASSERT_TRUE(WriteFileAtomic(target, "new"));
+    EXPECT_EQ(Entries(dir.Path()), (std::vector<std::string>{liveTemp, heldTemp, recentTemp, otherFile, "s.xml"}));
+    kill(holder, SIGKILL);
+    waitpid(holder, nullptr, 0);
+    ASSERT_TRUE(WriteFileAtomic(target, "newer"));
+    EXPECT_EQ(Entries(dir.Path()), (std::vector<std::string>{liveTemp, recentTemp, otherFile, "s.xml"}));
+}
+
+// Run as an unprivileged user by the "unprivileged" test entry, where
+// permissions hold for real (root passes every permission check).
+TEST(FileOpsAsUser, AFolderWithoutWritePermissionStillSavesItsWritableFile) {
+    if (geteuid() == 0) GTEST_SKIP() << "needs an unprivileged user; the unprivileged test entry runs it";
+    test::TempDir dir;
+    const std::string target = dir.Write("locked/s.xml", "old");
+    ASSERT_EQ(chmod(dir.File("locked").c_str(), 0555), 0);
+    ASSERT_TRUE(WriteFileAtomic(target, "new"));
+    EXPECT_EQ(test::TempDir::Read(target), "new");
+    EXPECT_EQ(Entries(dir.File("locked")), std::vector<std::string>{"s.xml"});
+    EXPECT_FALSE(WriteFileAtomic(dir.File("locked/other.xml"), "x"));
+    chmod(target.c_str(), 0444);
+    EXPECT_FALSE(WriteFileAtomic(target, "lost"));
+    EXPECT_EQ(test::TempDir::Read(target), "new");
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "TempDir.h"
+#include <meridex/frame/Text.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/frame/XmlDocument.h>
 
@@ -26,8 +27,63 @@ TEST(XmlParse, LegacyEncodingsLoadAndSurviveASave) {
     const std::string saved = XmlDocument::Parse(cp1252Declared).Serialize();
     EXPECT_EQ(saved.rfind("<?xml version=\"1.0\" encoding=\"windows-1252\"?>", 0), 0u);
     EXPECT_NE(saved.find("\x80 \xE9"), std::string::npos);
-    // An undeclared document is written as UTF-8 without a declaration.
-    EXPECT_EQ(XmlDocument::Parse(cp1252Bare).Serialize(), "<R>\n  <T>€ é</T>\n</R>\n");
+    // An undeclared document is written without a declaration, everything
+    // above 127 as a reference, so UTF-8 and windows-1252 readers agree.
+    EXPECT_EQ(XmlDocument::Parse(cp1252Bare).Serialize(), "<R>\n  <T>&#8364; &#233;</T>\n</R>\n");
+}
+
+TEST(XmlParse, EveryWindows1252ByteDecodesAsWindowsDoes) {
+    // 0x81, 0x8D, 0x8F, 0x90 and 0x9D have no letter; Windows maps them to
+    // the control characters of the same number.
+    const std::string text = "\x81\x8D\x8F\x90\x9D \xFC\x80";
+    const std::string expected = "\u0081\u008D\u008F\u0090\u009D ü€";
+    for (const std::string& head : {std::string(), std::string("<?xml version=\"1.0\" encoding=\"windows-1252\"?>"),
+                                    std::string("<?xml version='1.0' encoding='CP1252'?>")}) {
+        std::string error;
+        XmlDocument doc = XmlDocument::Parse(head + "<R><T a=\"\x90\">" + text + "</T></R>", &error);
+        ASSERT_TRUE(doc) << head << error;
+        EXPECT_EQ(doc.DocumentElement().SelectSingle("T").Text(), expected);
+        XmlDocument again = XmlDocument::Parse(doc.Serialize(), &error);
+        ASSERT_TRUE(again) << error;
+        EXPECT_EQ(again.DocumentElement().SelectSingle("T").Text(), expected);
+    }
+}
+
+TEST(XmlParse, CharacterReferencesMakeTextReadableInBothEncodings) {
+    const std::string xml = "<R a=\"B\u00FCro\"><!-- \u00FC --><T>B\u00FCro \u20AC \U0001F600</T></R>";
+    const std::string ascii = Text::XmlWithCharacterReferences(xml);
+    EXPECT_EQ(ascii, "<R a=\"B&#252;ro\"><!-- \u00FC --><T>B&#252;ro &#8364; &#128512;</T></R>");
+    const std::string plain = Text::XmlWithCharacterReferences("<R><T>B&#252;ro</T></R>");
+    for (const std::string& bytes : {plain, Text::FromWindows1252(plain)}) {
+        EXPECT_EQ(XmlDocument::Parse(bytes).DocumentElement().Text(), "B\u00FCro");
+    }
+}
+
+TEST(XmlParse, HostileDocumentsGetTheirDocumentedResults) {
+    std::string error;
+    // External entities by URL are refused like those naming a file.
+    EXPECT_FALSE(XmlDocument::Parse("<!DOCTYPE r [<!ENTITY x SYSTEM \"http://127.0.0.1:9/x\">]><r>&x;</r>", &error));
+    EXPECT_NE(error.find("entities"), std::string::npos);
+    // 100,000 levels load and are freed without recursion.
+    std::string deep;
+    for (int i = 0; i < 100000; ++i) deep += "<G>";
+    for (int i = 0; i < 100000; ++i) deep += "</G>";
+    EXPECT_TRUE(XmlDocument::Parse(deep, &error)) << error;
+    // A 50 MB text node loads whole.
+    const std::string huge = "<R>" + std::string(50u << 20, 'x') + "</R>";
+    XmlDocument big = XmlDocument::Parse(huge, &error);
+    ASSERT_TRUE(big) << error;
+    EXPECT_EQ(big.DocumentElement().Text().size(), 50u << 20);
+    // Invalid UTF-8 without a declaration is legacy windows-1252 text.
+    EXPECT_EQ(XmlDocument::Parse("<R>\xC3\x28</R>").DocumentElement().Text(), "\u00C3(");
+    // UTF-16 with its byte order mark loads.
+    const char wideBytes[] = "\xFF\xFE<\0R\0>\0\xFC\0<\0/\0R\0>\0";
+    const std::string utf16(wideBytes, sizeof wideBytes - 1);
+    XmlDocument wide = XmlDocument::Parse(utf16, &error);
+    ASSERT_TRUE(wide) << error;
+    EXPECT_EQ(wide.DocumentElement().Text(), "\u00FC");
+    // A NUL byte is not XML.
+    EXPECT_FALSE(XmlDocument::Parse(std::string("<R>a\0b</R>", 10)));
 }
 
 TEST(XmlParse, MalformedAndHostileDocumentsAreRefusedQuickly) {

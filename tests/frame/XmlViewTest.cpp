@@ -111,6 +111,16 @@ TEST(XmlView, SelectionByRelativeNamePaths) {
     EXPECT_TRUE(doc.CreateElement("a b").IsNull());
     EXPECT_TRUE(doc.CreateElement("").IsNull());
     EXPECT_FALSE(doc.CreateElement("Ärzte").IsNull());
+    // A part holding a NUL names no element (it once read past the shorter name).
+    EXPECT_TRUE(root.SelectSingle(std::string_view("P\0\0\0", 4)).IsNull());
+    // A path as long as a deep document is walked without recursion.
+    std::string deep, path = "G";
+    for (int i = 0; i < 100000; ++i) deep += "<G>";
+    for (int i = 0; i < 100000; ++i) deep += "</G>";
+    for (int i = 1; i < 100000; ++i) path += "/G";
+    const XmlNode top = XmlDocument::Parse(deep).DocumentNode();
+    EXPECT_FALSE(top.SelectSingle(path).IsNull());
+    EXPECT_EQ(top.SelectAll(path + "/G").size(), 0u);
 }
 
 TEST(XmlView, TextSetterKeepsViewedChildrenAndCleansText) {

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
+#include "FailingDiskSteps.h"
 #include "TempDir.h"
 #include <meridex/frame/XmlDocument.h>
 #include <meridex/settings/Settings.h>
@@ -149,14 +151,23 @@ TEST(Settings, SavedFileIsTheRootElementAndCrLf) {
     settings.SetString("SCHEME", "a & <b>");
     ASSERT_TRUE(settings.SaveSettings(""));
 
+    settings.SetString("OFFICE", "Büro €");
+    ASSERT_TRUE(settings.SaveSettings(""));
+
+    // Plain ASCII, everything above 127 as a reference: a UTF-8 reader and a
+    // windows-1252 reader (or editor) both see "Büro €".
     const std::string saved = TempDir::Read(path);
     EXPECT_EQ(saved.rfind("<V4SETTINGS>", 0), 0u);
-    EXPECT_EQ(saved, settings.Root().Xml() + "\r\n");
     EXPECT_EQ(saved.find("\r\n"), saved.size() - 2);
+    EXPECT_TRUE(std::all_of(saved.begin(), saved.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }));
+    EXPECT_NE(saved.find("<OFFICE>B&#252;ro &#8364;</OFFICE>"), std::string::npos);
 
+    // A windows-1252 editor adds one byte: the rest still reads right.
+    dir.Write("V4Settings.xml", saved.substr(0, saved.size() - 2) + "<!-- \xE9 -->\r\n");
     Settings reloaded;
     ASSERT_TRUE(reloaded.LoadSettings(path));
     EXPECT_EQ(reloaded.GetString("DATAFILENAME", ""), "Café");
+    EXPECT_EQ(reloaded.GetString("OFFICE", ""), "Büro €");
     EXPECT_EQ(reloaded.GetString("SCHEME", ""), "a & <b>");
     EXPECT_EQ(reloaded.CurrentProfile().Count(), 44);
 
@@ -222,6 +233,16 @@ TEST(Settings, SaveThatCannotWriteLeavesTheOldFileAlone) {
 
     Settings nowhere;
     EXPECT_FALSE(nowhere.SaveSettings());
+
+    // A disk that fails at a write, the flush or the rename: false, nothing changed.
+    fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
+    for (int step = 0; step < 3; ++step) {
+        test::FailingDiskSteps disk;
+        disk.error = step == 0 ? ENOSPC : EIO;
+        (step == 0 ? disk.failWrite : step == 1 ? disk.failSync : disk.failRename) = 1;
+        EXPECT_FALSE(settings.SaveSettings());
+        EXPECT_EQ(TempDir::Read(path), kFieldCrew);
+    }
 }
 
 }  // namespace

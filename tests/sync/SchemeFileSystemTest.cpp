@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 
 #include "SyncTestSupport.h"
@@ -74,6 +75,27 @@ TEST(SchemeFileSystem, AFailedCopyLeavesTheTargetUntouchedAndNoTemporaryFile) {
     // A folder where the file should go.
     std::filesystem::create_directories(dir.File("b/Other.SXS"));
     EXPECT_EQ(fs.CopyFile(source, dir.File("b/Other.SXS"), true, error), SchemeFileSystem::CopyResult::Failed);
+
+    EXPECT_EQ(TempDir::Read(target), "the only good copy");
+    EXPECT_EQ(StatOf(target).st_mtim.tv_nsec, 5);
+    // Renames that fail, one copy at a time and as a batch.
+    for (int code : {ENOSPC, EIO}) {
+        fs.failRename = code;
+        EXPECT_EQ(fs.CopyFile(source, target, false, error), SchemeFileSystem::CopyResult::Failed);
+        EXPECT_NE(error.find(std::strerror(code)), std::string::npos) << error;
+        std::vector<SchemeFileSystem::PendingCopy> pending;
+        EXPECT_EQ(fs.CopyFile(source, target, false, error, nullptr, &pending), SchemeFileSystem::CopyResult::Copied);
+        EXPECT_EQ(fs.CopyFile(source, dir.File("b/New.SXS"), false, error, nullptr, &pending),
+                  SchemeFileSystem::CopyResult::Copied);
+        const auto errors = fs.CommitPending(pending);
+        ASSERT_EQ(errors.size(), 2u);
+        EXPECT_NE(errors[0].find(std::strerror(code)), std::string::npos) << errors[0];
+        EXPECT_NE(errors[1].find(std::strerror(code)), std::string::npos) << errors[1];
+    }
+    fs.failRename = 0;
+    // The destination folder went away after the scan.
+    EXPECT_EQ(fs.CopyFile(source, dir.File("gone/Site.SXS"), true, error), SchemeFileSystem::CopyResult::Failed);
+    EXPECT_NE(error.find("No such file"), std::string::npos);
 
     EXPECT_EQ(TempDir::Read(target), "the only good copy");
     EXPECT_EQ(StatOf(target).st_mtim.tv_nsec, 5);

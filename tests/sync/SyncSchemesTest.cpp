@@ -302,3 +302,55 @@ TEST(SyncSchemes, AVeryDeepTreeIsScannedWithoutRecursion) {
     EXPECT_EQ(sync.Errors().Count(), 0) << sync.Errors().Item(1).ErrDescription();
     EXPECT_EQ(TempDir::Read(t.remote + deep.substr(5) + "/Deep.SXS"), "deep");
 }
+
+TEST(SyncSchemes, AWriteProtectedFileFailsItsFamilyUnlessReplacingIsAllowed) {
+    Trees t;
+    t.L("Site.SXS", "new scheme", T + 9);
+    t.L("Site.XML", "new xml", T + 9);
+    const std::string remote = t.R("Site.SXS", "protected", T);
+    t.R("Site.XML", "old xml", T);
+    chmod(remote.c_str(), 0444);
+    auto fileSystem = std::make_shared<SchemeFileSystem>();
+    for (bool allowed : {false, true}) {
+        fileSystem->setReplaceReadOnly(allowed);
+        SyncSchemes sync(fileSystem);
+        RecordedEvents events;
+        sync.setEvents(&events);
+        sync.GetSchemeList(t.remote, t.local);
+        sync.NewerLocalFiles().Item("/SITE.SXS").setSyncOptions(syncUpdate);
+        sync.Sync();
+        EXPECT_TRUE(events.errors.empty());
+        if (!allowed) {
+            // Nothing of the family is replaced, and it is listed with the reason.
+            ASSERT_TRUE(sync.Errors().Exists("/SITE.SXS"));
+            EXPECT_NE(sync.Errors().Item("/SITE.SXS").ErrDescription().find("read-only"), std::string::npos);
+            EXPECT_EQ(TempDir::Read(remote), "protected");
+            EXPECT_EQ(Names(t.remote), (std::vector<std::string>{"Site.SXS", "Site.XML"}));
+        } else {
+            EXPECT_EQ(sync.Errors().Count(), 0);
+            EXPECT_EQ(TempDir::Read(remote), "new scheme");
+            EXPECT_EQ(TempDir::Read(remote + "~0000.BAK"), "protected");
+        }
+    }
+    // A copy on its own refuses the same way.
+    std::string error;
+    SchemeFileSystem strict;
+    chmod(remote.c_str(), 0444);
+    EXPECT_EQ(strict.CopyFile(t.local + "/Site.XML", remote, true, error), SchemeFileSystem::CopyResult::Failed);
+    EXPECT_EQ(TempDir::Read(remote), "new scheme");
+}
+
+TEST(SyncSchemesAsUser, AFolderClosedToWritingFailsItsFamiliesAndChangesNothing) {
+    if (geteuid() == 0) GTEST_SKIP() << "needs an unprivileged user; the unprivileged test entry runs it";
+    Trees t;
+    t.L("Site.SXS", "new", T + 9);
+    t.R("Site.SXS", "old", T);
+    ASSERT_EQ(chmod(t.remote.c_str(), 0555), 0);
+    SyncSchemes sync;
+    sync.GetSchemeList(t.remote, t.local);
+    sync.NewerLocalFiles().Item("/SITE.SXS").setSyncOptions(syncUpdate);
+    sync.Sync();
+    EXPECT_TRUE(sync.Errors().Exists("/SITE.SXS"));
+    EXPECT_EQ(TempDir::Read(t.remote + "/Site.SXS"), "old");
+    EXPECT_EQ(Names(t.remote), std::vector<std::string>{"Site.SXS"});
+}

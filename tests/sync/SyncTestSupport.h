@@ -51,6 +51,7 @@ struct FaultyFileSystem : SchemeFileSystem {
     bool failTimes = false;
     bool failFlush = false;
     long transferBytesBeforeFailure = -1;  // -1: no failure
+    int failRename = 0;                     // errno for every rename; 0: none fails
     std::string unreadableFolder;           // ListFolder fails for this path
     std::vector<std::string> ghostFiles;    // listed but not on disk
 
@@ -85,6 +86,11 @@ protected:
     }
     bool FlushFileSystem(const std::string& folder) override {
         return !failFlush && SchemeFileSystem::FlushFileSystem(folder);
+    }
+    bool RenameFile(const std::string& from, const std::string& to, bool replace) override {
+        if (failRename == 0) return SchemeFileSystem::RenameFile(from, to, replace);
+        errno = failRename;
+        return false;
     }
 };
 

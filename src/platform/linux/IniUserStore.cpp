@@ -27,6 +27,65 @@ struct IniFile {
     std::vector<Line> lines;
 };
 
+// Keys that a plain "key=value" line cannot hold (an "=", a line break, a
+// leading comment mark or quote, blanks at either end) are written quoted,
+// with \\, \", \n, \r and \0 inside: "C:\\a=b.xml"=3. Hand-written plain
+// lines read as they always did.
+bool NeedsQuotes(std::string_view key) {
+    return key.empty() || key.find_first_of(std::string_view("=\r\n\0", 4)) != std::string_view::npos ||
+           key.front() == ';' || key.front() == '#' || key.front() == '[' || key.front() == '"' ||
+           Text::Trim(key).size() != key.size();
+}
+
+std::string EncodeKey(std::string_view key) {
+    if (!NeedsQuotes(key)) return std::string(key);
+    std::string out = "\"";
+    for (char c : key) {
+        switch (c) {
+            case '\\': out += "\\\\"; break;
+            case '"': out += "\\\""; break;
+            case '\n': out += "\\n"; break;
+            case '\r': out += "\\r"; break;
+            case '\0': out += "\\0"; break;
+            default: out += c;
+        }
+    }
+    return out + "\"";
+}
+
+// Where the "=" after a quoted key stands, when body starts with one.
+std::optional<std::size_t> QuotedKeyEnd(std::string_view body) {
+    if (body.empty() || body.front() != '"') return std::nullopt;
+    for (std::size_t i = 1; i < body.size(); ++i) {
+        if (body[i] == '\\') {
+            ++i;
+        } else if (body[i] == '"') {
+            std::size_t eq = i + 1;
+            while (eq < body.size() && (body[eq] == ' ' || body[eq] == '\t')) ++eq;
+            if (eq < body.size() && body[eq] == '=') return eq;
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
+bool DecodeKey(std::string_view quoted, std::string& key) {
+    quoted = Text::Trim(quoted);
+    key.clear();
+    for (std::size_t i = 1; i + 1 < quoted.size(); ++i) {
+        char c = quoted[i];
+        if (c == '\\') {
+            c = quoted[++i];
+            if (c == 'n') c = '\n';
+            else if (c == 'r') c = '\r';
+            else if (c == '0') c = '\0';
+            else if (c != '\\' && c != '"') return false;
+        }
+        key += c;
+    }
+    return true;
+}
+
 IniFile ReadIni(const std::string& path) {
     IniFile file;
     std::error_code ec;
@@ -48,6 +107,9 @@ IniFile ReadIni(const std::string& path) {
         if (!body.empty() && body.front() == '[' && body.find(']') != std::string_view::npos) {
             line.kind = Line::Section;
             line.name = std::string(Text::Trim(body.substr(1, body.rfind(']') - 1)));
+        } else if (std::optional<std::size_t> eq = QuotedKeyEnd(body); eq && DecodeKey(body.substr(0, *eq), line.name)) {
+            line.kind = Line::Pair;
+            line.value = std::string(Text::Trim(body.substr(*eq + 1)));
         } else if (!body.empty() && body.front() != ';' && body.front() != '#' &&
                    body.find('=') != std::string_view::npos) {
             std::size_t eq = body.find('=');
@@ -153,13 +215,12 @@ std::vector<UserStore::Pair> IniUserStore::GetAllSettings(std::string_view app, 
 bool IniUserStore::SaveSetting(std::string_view app, std::string_view section, std::string_view key,
                                std::string_view value) {
     std::string path = FileFor(app);
-    if (path.empty() || !ValidName(section, "[]") || !ValidName(key, "=") || key.front() == ';' ||
-        key.front() == '#' || key.front() == '[' ||
+    if (path.empty() || !ValidName(section, "[]") || key.empty() ||
         value.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos)
         return false;
     IniFile file = ReadIni(path);
     Line pair{Line::Pair, std::string(key), std::string(Text::Trim(value)), {}};
-    pair.raw = pair.name + "=" + pair.value;
+    pair.raw = EncodeKey(pair.name) + "=" + pair.value;
     auto range = FindSection(file, section);
     if (!range) {
         if (!file.lines.empty() && !Text::Trim(file.lines.back().raw).empty()) file.lines.push_back(Line{});
@@ -168,7 +229,7 @@ bool IniUserStore::SaveSetting(std::string_view app, std::string_view section, s
     } else if (auto at = FindKey(file, *range, key)) {
         if (file.lines[*at].value == pair.value) return true;
         pair.name = file.lines[*at].name;  // the spelling already in the file stays
-        pair.raw = pair.name + "=" + pair.value;
+        pair.raw = EncodeKey(pair.name) + "=" + pair.value;
         file.lines[*at] = std::move(pair);
     } else {
         // After the section's last non-blank line, so blank separators stay below it.

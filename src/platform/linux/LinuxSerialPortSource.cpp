@@ -60,7 +60,22 @@ LinuxSerialPortSource::LinuxSerialPortSource(std::shared_ptr<UserStore> store) :
 
 std::vector<SerialPort> LinuxSerialPortSource::ListPorts() {
     if (!store_) return {};
-    return NumberPorts(FindDevices(), *store_);
+    return NumberPorts(FindDevices(), *store_, UartNodes());
+}
+
+std::set<int> LinuxSerialPortSource::UartNodes() {
+    // The kernel registers every UART it may ever drive (8250.nr_uarts) at
+    // start-up, present hardware or not, so these are all the UARTs there can
+    // be until the next start.
+    std::set<int> indexes;
+    std::error_code ec;
+    for (const char* folder : {"/dev", "/sys/class/tty"}) {
+        for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
+            const int index = UartIndex("/dev/" + it->path().filename().string());
+            if (index >= 0) indexes.insert(index);
+        }
+    }
+    return indexes;
 }
 
 bool LinuxSerialPortSource::Probe(const SerialPort& port) {
@@ -115,8 +130,15 @@ std::vector<LinuxSerialPortSource::Device> LinuxSerialPortSource::FindDevices() 
     return devices;
 }
 
-std::vector<SerialPort> LinuxSerialPortSource::NumberPorts(const std::vector<Device>& devices, UserStore& store) {
+std::vector<SerialPort> LinuxSerialPortSource::NumberPorts(const std::vector<Device>& devices, UserStore& store,
+                                                           const std::set<int>& uartNodes) {
     std::map<int, SerialPort> ports;
+    // A UART's own number is never handed to another device, even while the
+    // UART is not listed: once stored, such a number would be taken for ever.
+    std::set<int> uartNumbers;
+    for (int index : uartNodes) uartNumbers.insert(index + 1);
+    for (const Device& device : devices)
+        if (device.uartIndex >= 0) uartNumbers.insert(device.uartIndex + 1);
     std::vector<bool> matched(devices.size(), false);
 
     auto matching = [&](const std::string& path) -> int {
@@ -170,7 +192,7 @@ std::vector<SerialPort> LinuxSerialPortSource::NumberPorts(const std::vector<Dev
               [&](std::size_t a, std::size_t b) { return devices[a].identity < devices[b].identity; });
     int next = 1;
     for (std::size_t i : fresh) {
-        while (next <= 32767 && ports.count(next)) ++next;
+        while (next <= 32767 && (ports.count(next) || uartNumbers.count(next))) ++next;
         if (next > 32767) break;
         const Device& device = devices[i];
         ports.emplace(next, SerialPort{static_cast<std::int16_t>(next), device.identity, device.description,
@@ -186,14 +208,21 @@ std::vector<SerialPort> LinuxSerialPortSource::NumberPorts(const std::vector<Dev
 }
 
 bool LinuxSerialPortSource::ProbeDevice(const std::string& path) {
+    return ProbeDevice(path, [](const std::string& node, int flags) { return ::open(node.c_str(), flags); });
+}
+
+bool LinuxSerialPortSource::ProbeDevice(const std::string& path, const OpenFunction& open) {
     struct stat st {};
     if (path.empty() || ::stat(path.c_str(), &st) != 0 || !S_ISCHR(st.st_mode)) return false;
     // Two attempts, as a port that is just being set up may refuse the first.
     for (int attempt = 0; attempt < 2; ++attempt) {
-        int fd = ::open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-        if (fd < 0 && errno == EACCES) fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        int fd = open(path, O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        if (fd < 0 && errno == EACCES) fd = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
         if (fd < 0) {
-            if (errno == EBUSY) return true;  // held exclusively by another program
+            // Held exclusively by another program, or listed by the system
+            // but closed to this user (not in the dialout group): the port is
+            // there, and its profile must not be dropped.
+            if (errno == EBUSY || errno == EACCES || errno == EPERM) return true;
             continue;
         }
         termios settings {};

@@ -1,5 +1,7 @@
 #pragma once
+#include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -22,9 +24,12 @@ namespace meridex {
 //   hand pins a number to any device path (a pinned number wins over a
 //   UART's own number, and the UART then gets a free one). The first line
 //   for a number, and the first for a device path, counts.
+// - A free number is never one that belongs to a UART the kernel knows
+//   (/dev/ttyS<k> present or not), so no UART is pushed aside later.
 // - A port is present when its device node exists, is a character device,
 //   and opens without blocking with its terminal settings readable (a port
-//   another program holds exclusively counts as present). A Bluetooth RFCOMM
+//   another program holds exclusively, or one this user may not open,
+//   counts as present). A Bluetooth RFCOMM
 //   link is present as soon as its node exists; it is never opened, as
 //   opening one starts a radio connection.
 class LinuxSerialPortSource : public SerialPortSource {
@@ -49,11 +54,18 @@ public:
     // The serial devices of this PC as libserialport lists them, with the
     // RFCOMM links it leaves out.
     static std::vector<Device> FindDevices();
-    // The numbering rules above applied to devices; new numbers are saved in
-    // store.
-    static std::vector<SerialPort> NumberPorts(const std::vector<Device>& devices, UserStore& store);
-    // The presence test of a device path (without the Bluetooth rule).
+    /// The k of every /dev/ttyS<k> the kernel has registered.
+    static std::set<int> UartNodes();
+    /// The numbering rules above applied to devices, with the UARTs uartNodes
+    /// names keeping their numbers free; new numbers are saved in store.
+    static std::vector<SerialPort> NumberPorts(const std::vector<Device>& devices, UserStore& store,
+                                               const std::set<int>& uartNodes = {});
+    /// How a probe opens a node (the system's open, or a test's).
+    using OpenFunction = std::function<int(const std::string& path, int flags)>;
+    /// The presence test of a device path (without the Bluetooth rule).
     static bool ProbeDevice(const std::string& path);
+    /// The same test opening the node through open.
+    static bool ProbeDevice(const std::string& path, const OpenFunction& open);
 
 private:
     std::shared_ptr<UserStore> store_;
