@@ -1,6 +1,7 @@
 # Debian packages: `cpack -G DEB` in a build configured with the `package` preset
 # makes meridex_<version>_<arch>.deb (library, tool, companion) and
-# meridex-dev_<version>_<arch>.deb (headers, CMake package, pkg-config).
+# meridex-dev_<version>_<arch>.deb (headers, CMake package, pkg-config) and
+# python3-meridex_<version>_<arch>.deb (the Python module).
 set(CPACK_PACKAGE_NAME meridex)
 set(CPACK_PACKAGE_VENDOR "Meridex developers")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -14,6 +15,9 @@ set(CPACK_DEBIAN_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_COMPONENTS_ALL runtime development)
+if(MERIDEX_BUILD_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 
 set(CPACK_COMPONENT_RUNTIME_DISPLAY_NAME "Meridex library and tools")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME meridex)
@@ -26,5 +30,18 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
   "Headers, the CMake package (find_package(meridex)) and the pkg-config file of Meridex.")
+
+set(CPACK_COMPONENT_PYTHON_DISPLAY_NAME "Meridex for Python 3")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-meridex)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_COMPONENT_PYTHON_DEPENDS runtime)
+# The module links libmeridex from the meridex package (a dependency of its own),
+# which dpkg-shlibdeps cannot see from here; the interpreter is the one it was built for.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+math(EXPR _meridex_python_next "${Python3_VERSION_MINOR} + 1")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+  "python3 (>= ${Python3_VERSION_MAJOR}.${Python3_VERSION_MINOR}), python3 (<< ${Python3_VERSION_MAJOR}.${_meridex_python_next})")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+  "The Python module meridex: settings and user profiles, the address book, the communications map,\n scheme import and synchronisation from Python scripts.")
 
 include(CPack)

@@ -33,6 +33,7 @@
 #include <meridex/comms/Scheme.h>
 #include <meridex/comms/XmlSchemeFile.h>
 #include <meridex/comms/PortSnapshot.h>
+#include <meridex/comms/PortsFile.h>
 #include <meridex/comms/ProfileXml.h>
 #include <meridex/sync/FileInfo.h>
 #include <meridex/sync/SchemeFileCollection.h>

@@ -1,8 +1,8 @@
 #pragma once
 #include <CLI/CLI.hpp>
 
-// Each subsystem adds its own sub-commands; a command's handler stores the
-// process exit code in exitCode.
+// Each subsystem adds its own sub-commands. A command's handler stores the
+// process exit code (Cli.h) in exitCode, or throws Failure to end with a message.
 namespace meridex::cli {
 
 void AddFrameCommands(CLI::App& app, int& exitCode);

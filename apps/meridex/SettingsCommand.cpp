@@ -2,23 +2,20 @@
 #include <iostream>
 #include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
-#include <vector>
 
+#include "Cli.h"
 #include "Commands.h"
-#include "Json.h"
-#include <meridex/frame/FileOps.h>
+#include <meridex/frame/Text.h>
 #include <meridex/settings/Settings.h>
+#include <meridex/settings/V4StandardProfiles.h>
 
 namespace meridex::cli {
 
 namespace {
 
-// Exit codes of the settings commands.
-constexpr int kOk = 0;
-constexpr int kNo = 1;     // not available, not found, not saved
-constexpr int kUsage = 2;  // wrong arguments, or a settings file that cannot be read for "can"
+constexpr std::string_view kRoot = "V4SETTINGS";
+constexpr std::string_view kKind = "settings document";
 
 struct Arguments {
     std::string file;
@@ -26,7 +23,6 @@ struct Arguments {
     std::string value;
     std::optional<std::string> defaultValue;
     bool saveNull = false;
-    bool json = false;
 };
 
 struct ProfileSummary {
@@ -48,43 +44,40 @@ bool IsCurrent(const Settings& settings, const Profile& profile) {
     return !settings.CurrentProfile().IsNull() && settings.CurrentProfile().XMLNode() == profile.XMLNode();
 }
 
-// Loads the file; tells the user on stderr when it could not be read.
-bool Load(Settings& settings, const std::string& file) {
-    if (settings.LoadSettings(file)) return true;
-    if (FileOps::FileExists(file)) {
-        std::cerr << "meridex: " << file
-                  << " is not a readable settings document; using empty settings (a save first"
-                     " keeps the old file beside it, named .unreadable)\n";
-    } else {
-        std::cerr << "meridex: " << file << " does not exist; using empty settings\n";
-    }
-    return false;
+// Commands that only read need the file, of its kind.
+void LoadToRead(Settings& settings, const std::string& file) {
+    RequireRead(file, kRoot, kKind);
+    settings.LoadSettings(file);
 }
 
-bool Save(Settings& settings) {
-    if (settings.SaveSettings("")) return true;
-    std::cerr << "meridex: could not write " << settings.SettingsFile() << "; the file is unchanged\n";
-    return false;
+// Commands that save may start a new file, but never replace one of another kind.
+void LoadToChange(Settings& settings, const std::string& file) {
+    RefuseToReplace(file, kRoot, kKind);
+    settings.LoadSettings(file);
 }
 
-std::string ProfilesJson(const Settings& settings) {
-    std::string out = "[";
+void Save(Settings& settings) {
+    if (!settings.SaveSettings(""))
+        throw Failure(kWriteFailed, "could not write " + settings.SettingsFile() + "; the file is unchanged");
+}
+
+Json CurrentJson(const Settings& settings) {
+    const Profile current = settings.CurrentProfile();
+    return current.IsNull() ? Json(nullptr) : Json(current.Key());
+}
+
+Json ProfilesJson(const Settings& settings) {
+    Json out = Json::array();
     const Profiles profiles = settings.Profiles();
     for (int i = 1; i <= profiles.Count(); ++i) {
         const Profile profile = profiles.Item(i);
         const ProfileSummary summary = Summarise(profile);
-        out += (i > 1 ? ", " : "");
-        out += "{\"key\": " + JsonString(profile.Key()) +
-               ", \"features\": " + std::to_string(summary.features) +
-               ", \"available\": " + std::to_string(summary.available) +
-               ", \"current\": " + (IsCurrent(settings, profile) ? "true" : "false") + "}";
+        out.push_back({{"key", profile.Key()},
+                       {"features", summary.features},
+                       {"available", summary.available},
+                       {"current", IsCurrent(settings, profile)}});
     }
-    return out + "]";
-}
-
-std::string CurrentJson(const Settings& settings) {
-    const Profile current = settings.CurrentProfile();
-    return current.IsNull() ? "null" : JsonString(current.Key());
+    return out;
 }
 
 void PrintProfiles(const Settings& settings) {
@@ -93,34 +86,28 @@ void PrintProfiles(const Settings& settings) {
     for (int i = 1; i <= profiles.Count(); ++i) {
         const Profile profile = profiles.Item(i);
         const ProfileSummary summary = Summarise(profile);
-        std::cout << (IsCurrent(settings, profile) ? "* " : "  ") << std::left << std::setw(24)
-                  << profile.Key() << ' ' << summary.available << " of " << summary.features
-                  << " features available\n";
+        std::cout << (IsCurrent(settings, profile) ? "* " : "  ") << std::left << std::setw(24) << profile.Key()
+                  << ' ' << summary.available << " of " << summary.features << " features available\n";
     }
 }
 
 int Show(const Arguments& args) {
     Settings settings;
-    const bool read = Load(settings, args.file);
+    LoadToRead(settings, args.file);
     const XmlNode root = settings.Root();
-    if (args.json) {
-        std::string keys = "[";
-        bool first = true;
-        for (XmlNode child = root.FirstChildElement(); child; child = child.NextSiblingElement()) {
-            if (child.Name() == "PROFILES") continue;
-            keys += std::string(first ? "" : ", ") + "{\"key\": " + JsonString(child.Name()) +
-                    ", \"value\": " + JsonString(child.Text()) + "}";
-            first = false;
-        }
-        std::cout << "{\"file\": " << JsonString(args.file) << ", \"read\": " << (read ? "true" : "false")
-                  << ", \"keys\": " << keys << "], \"profiles\": " << ProfilesJson(settings)
-                  << ", \"current_profile\": " << CurrentJson(settings) << "}\n";
+    if (JsonOutput()) {
+        Json keys = Json::array();
+        for (XmlNode child = root.FirstChildElement(); child; child = child.NextSiblingElement())
+            if (child.Name() != "PROFILES") keys.push_back({{"key", child.Name()}, {"value", child.Text()}});
+        PrintJson({{"file", args.file},
+                   {"keys", keys},
+                   {"profiles", ProfilesJson(settings)},
+                   {"currentProfile", CurrentJson(settings)}});
         return kOk;
     }
     std::cout << "Settings file: " << args.file << "\nKeys:\n";
-    for (XmlNode child = root.FirstChildElement(); child; child = child.NextSiblingElement()) {
+    for (XmlNode child = root.FirstChildElement(); child; child = child.NextSiblingElement())
         if (child.Name() != "PROFILES") std::cout << "  " << child.Name() << " = " << child.Text() << '\n';
-    }
     std::cout << "Profiles:\n";
     PrintProfiles(settings);
     const Profile current = settings.CurrentProfile();
@@ -129,154 +116,152 @@ int Show(const Arguments& args) {
 }
 
 int Get(const Arguments& args) {
+    if (!Settings::IsKey(args.second))
+        throw Failure(kUsage, "\"" + args.second + "\" is not a settings key (keys are element names)");
     Settings settings;
-    Load(settings, args.file);
-    std::cout << settings.GetString(args.second, args.defaultValue.value_or("")) << '\n';
+    LoadToRead(settings, args.file);
+    const bool found = !settings.Root().SelectSingle(args.second).IsNull();
+    if (!found && !args.defaultValue)
+        throw Failure(kNo, "no key " + args.second + " in " + args.file + " (--default gives a value instead)");
+    const std::string value = found ? settings.GetString(args.second, "") : *args.defaultValue;
+    if (JsonOutput())
+        PrintJson({{"file", args.file}, {"key", args.second}, {"value", value}, {"found", found}});
+    else
+        std::cout << value << '\n';
     return kOk;
 }
 
 int Set(const Arguments& args) {
-    if (!Settings::IsKey(args.second)) {
-        std::cerr << "meridex: \"" << args.second << "\" is not a settings key (keys are element names)\n";
-        return kUsage;
-    }
+    if (!Settings::IsKey(args.second))
+        throw Failure(kUsage, "\"" + args.second + "\" is not a settings key (keys are element names)");
     Settings settings;
-    Load(settings, args.file);
+    LoadToChange(settings, args.file);
     settings.SetString(args.second, args.value, args.saveNull);
-    return Save(settings) ? kOk : kNo;
+    Save(settings);
+    const bool stored = !settings.Root().SelectSingle(args.second).IsNull();
+    if (JsonOutput())
+        PrintJson({{"file", args.file}, {"key", args.second}, {"value", args.value}, {"stored", stored}});
+    return kOk;
 }
 
 int ListProfiles(const Arguments& args) {
     Settings settings;
-    Load(settings, args.file);
-    if (args.json) {
-        std::cout << "{\"profiles\": " << ProfilesJson(settings)
-                  << ", \"current_profile\": " << CurrentJson(settings) << "}\n";
-    } else {
+    LoadToRead(settings, args.file);
+    if (JsonOutput())
+        PrintJson({{"file", args.file}, {"profiles", ProfilesJson(settings)}, {"currentProfile", CurrentJson(settings)}});
+    else
         PrintProfiles(settings);
-    }
     return kOk;
+}
+
+Profile NamedOrCurrent(const Settings& settings, const std::string& name) {
+    const Profile profile = name.empty() ? settings.CurrentProfile() : settings.Profiles().Item(name);
+    if (profile.IsNull())
+        throw Failure(kNo, name.empty() ? "the settings in " + settings.SettingsFile() + " have no current profile; name one"
+                                        : "no profile named \"" + name + "\" in " + settings.SettingsFile());
+    return profile;
 }
 
 int ListFeatures(const Arguments& args) {
     Settings settings;
-    Load(settings, args.file);
-    const Profile profile =
-        args.second.empty() ? settings.CurrentProfile() : settings.Profiles().Item(args.second);
-    if (profile.IsNull()) {
-        if (args.second.empty()) {
-            std::cerr << "meridex: the settings have no current profile; name one\n";
-        } else {
-            std::cerr << "meridex: no profile named \"" << args.second << "\"\n";
-        }
-        return kNo;
-    }
-    if (args.json) {
-        std::string out = "{\"profile\": " + JsonString(profile.Key()) +
-                          ", \"current\": " + (IsCurrent(settings, profile) ? "true" : "false") +
-                          ", \"features\": [";
+    LoadToRead(settings, args.file);
+    const Profile profile = NamedOrCurrent(settings, args.second);
+    if (JsonOutput()) {
+        Json features = Json::array();
         for (int i = 1; i <= profile.Count(); ++i) {
             const Feature feature = profile.Item(i);
-            out += std::string(i > 1 ? ", " : "") + "{\"key\": " + JsonString(feature.Key()) +
-                   ", \"available\": " + (feature.Available() ? "true" : "false") +
-                   ", \"description\": " + JsonString(feature.Description()) + "}";
+            features.push_back(
+                {{"key", feature.Key()}, {"available", feature.Available()}, {"description", feature.Description()}});
         }
-        std::cout << out << "]}\n";
+        PrintJson({{"profile", profile.Key()}, {"current", IsCurrent(settings, profile)}, {"features", features}});
         return kOk;
     }
     std::cout << "Profile " << profile.Key() << (IsCurrent(settings, profile) ? " (current)" : "") << ":\n";
     for (int i = 1; i <= profile.Count(); ++i) {
         const Feature feature = profile.Item(i);
-        std::cout << (feature.Available() ? "  [x] " : "  [ ] ") << std::left << std::setw(32)
-                  << feature.Key() << ' ' << feature.Description() << '\n';
+        std::cout << (feature.Available() ? "  [x] " : "  [ ] ") << std::left << std::setw(32) << feature.Key()
+                  << ' ' << feature.Description() << '\n';
     }
     return kOk;
 }
 
 int Use(const Arguments& args) {
     Settings settings;
-    Load(settings, args.file);
+    LoadToChange(settings, args.file);
     const Profile profile = settings.Profiles().Item(args.second);
-    if (profile.IsNull()) {
-        std::cerr << "meridex: no profile named \"" << args.second << "\"\n";
-        return kNo;
-    }
+    if (profile.IsNull()) throw Failure(kNo, "no profile named \"" + args.second + "\" in " + args.file);
     settings.setCurrentProfile(profile);
-    if (!Save(settings)) return kNo;
-    std::cout << "Current profile: " << profile.Key() << '\n';
+    Save(settings);
+    if (JsonOutput())
+        PrintJson({{"file", args.file}, {"currentProfile", profile.Key()}});
+    else
+        std::cout << "Current profile: " << profile.Key() << '\n';
     return kOk;
+}
+
+bool InCatalogue(std::string_view key) {
+    for (const auto& entry : V4StandardProfiles::Catalogue())
+        if (Text::EqualsIgnoreCase(entry.key, key)) return true;
+    return false;
 }
 
 // The host's question: is this feature available to the current profile?
 int Can(const Arguments& args) {
     Settings settings;
-    if (!Load(settings, args.file)) return kUsage;
-    return settings.CurrentProfile().FeatureAvailable(args.second) ? kOk : kNo;
+    LoadToRead(settings, args.file);
+    const Profile current = settings.CurrentProfile();
+    if (current.IsNull()) throw Failure(kNo, "the settings in " + args.file + " have no current profile");
+    if (!current.FeatureExists(args.second) && !InCatalogue(args.second))
+        throw Failure(kUnknownFeature, "\"" + args.second + "\" is not a known feature (see meridex settings features " +
+                                           args.file + ")");
+    const bool available = current.FeatureAvailable(args.second);
+    if (JsonOutput())
+        PrintJson({{"feature", args.second}, {"profile", current.Key()}, {"available", available}});
+    return available ? kOk : kNo;
 }
 
 using Handler = int (*)(const Arguments&);
 
-// Arguments are checked here rather than by the parser, so a usage error
-// always exits 2 (scripts tell it apart from "no").
 CLI::App* AddCommand(CLI::App& parent, const std::string& name, const std::string& description,
-                     std::initializer_list<std::string> positionals, Handler handler, int& exitCode,
-                     const std::shared_ptr<Arguments>& args, std::size_t required) {
+                     std::initializer_list<std::string> positionals, std::size_t required, Handler handler,
+                     int& exitCode, const std::shared_ptr<Arguments>& args) {
     CLI::App* command = parent.add_subcommand(name, description);
-    command->allow_extras();
     std::string* targets[] = {&args->file, &args->second, &args->value};
-    std::vector<CLI::Option*> options;
+    std::size_t i = 0;
     for (const std::string& positional : positionals) {
-        options.push_back(command->add_option(positional, *targets[options.size()]));
+        CLI::Option* option = command->add_option(positional, *targets[i]);
+        if (i++ < required) option->required();
     }
-    command->callback([command, handler, args, options, required, &exitCode] {
-        std::size_t given = 0;
-        while (given < options.size() && options[given]->count() > 0) ++given;
-        if (!command->remaining().empty() || given < required) {
-            std::cerr << "meridex settings " << command->get_name() << ": wrong arguments\n"
-                      << command->help();
-            exitCode = kUsage;
-            return;
-        }
-        exitCode = handler(*args);
-    });
+    AddJsonFlag(command);
+    command->callback([handler, args, &exitCode] { exitCode = handler(*args); });
     return command;
 }
 
 }  // namespace
 
 void AddSettingsCommand(CLI::App& app, int& exitCode) {
-    CLI::App* settings = app.add_subcommand(
-        "settings", "Read and change a settings document and its user profiles");
+    CLI::App* settings = app.add_subcommand("settings", "Read and change a settings document and its user profiles");
     settings->require_subcommand(1);
     auto args = std::make_shared<Arguments>();
 
-    CLI::App* show = AddCommand(*settings, "show", "Keys, profiles and the current profile", {"FILE"},
-                                Show, exitCode, args, 1);
-    show->add_flag("--json", args->json, "JSON output");
-
-    CLI::App* get = AddCommand(*settings, "get", "Print the value of a key", {"FILE", "KEY"}, Get,
-                               exitCode, args, 2);
-    get->add_option("--default", args->defaultValue, "Printed when the key is missing");
-
+    AddCommand(*settings, "show", "Keys, profiles and the current profile", {"FILE"}, 1, Show, exitCode, args);
+    CLI::App* get = AddCommand(*settings, "get", "Print the value of a key (exit 1 when it is missing)",
+                               {"FILE", "KEY"}, 2, Get, exitCode, args);
+    get->add_option("--default", args->defaultValue, "Printed (exit 0) when the key is missing");
     CLI::App* set = AddCommand(*settings, "set",
                                "Store a value and save (without --save-null, \"\" and \"0\" remove the key)",
-                               {"FILE", "KEY", "VALUE"}, Set, exitCode, args, 3);
+                               {"FILE", "KEY", "VALUE"}, 3, Set, exitCode, args);
     set->add_flag("--save-null", args->saveNull, "Store the value even when it is empty or \"0\"");
-
-    CLI::App* profiles = AddCommand(*settings, "profiles", "List the profiles", {"FILE"}, ListProfiles,
-                                    exitCode, args, 1);
-    profiles->add_flag("--json", args->json, "JSON output");
-
-    CLI::App* features = AddCommand(*settings, "features",
-                                    "List a profile's feature switches (default: the current profile)",
-                                    {"FILE", "PROFILE"}, ListFeatures, exitCode, args, 1);
-    features->add_flag("--json", args->json, "JSON output");
-
-    AddCommand(*settings, "use", "Make a profile the current one and save", {"FILE", "PROFILE"}, Use,
-               exitCode, args, 2);
+    AddForceFlag(set);
+    AddCommand(*settings, "profiles", "List the profiles", {"FILE"}, 1, ListProfiles, exitCode, args);
+    AddCommand(*settings, "features", "List a profile's feature switches (default: the current profile)",
+               {"FILE", "PROFILE"}, 1, ListFeatures, exitCode, args);
+    CLI::App* use = AddCommand(*settings, "use", "Make a profile the current one and save", {"FILE", "PROFILE"}, 2,
+                               Use, exitCode, args);
+    AddForceFlag(use);
     AddCommand(*settings, "can",
-               "Exit 0 when the current profile has the feature available, 1 when not, 2 on errors",
-               {"FILE", "FEATURE"}, Can, exitCode, args, 2);
+               "Exit 0 when the current profile has the feature available, 1 when not, 5 when no one knows it",
+               {"FILE", "FEATURE"}, 2, Can, exitCode, args);
 }
 
 }  // namespace meridex::cli

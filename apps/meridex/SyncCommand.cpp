@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "Commands.h"
-#include "Json.h"
+#include "Cli.h"
 #include "ProgressBar.h"
 #include <meridex/sync/SyncSchemes.h>
 
@@ -15,15 +15,10 @@ namespace meridex::cli {
 
 namespace {
 
-// Exit codes of "sync".
-constexpr int kOk = 0;
-constexpr int kFailed = 1;  // something could not be read or copied (listed under Errors)
-constexpr int kUsage = 2;   // a --revert name that is not a newer scheme with a copy on the other side
-
 struct Arguments {
     std::string remote;
     std::string local;
-    bool json = false;
+    bool createMissing = false;
     bool updateAll = false;
     bool updateRemote = false;  // newer local schemes go to the remote folder
     bool updateLocal = false;   // newer remote schemes come to the local folder
@@ -84,30 +79,28 @@ void PrintLists(const SyncSchemes& sync) {
         std::cout << "  " << item.RelativePath() << ": " << item.ErrDescription() << "\n";
 }
 
-std::string ItemJson(const SchemeFileItem& item) {
-    std::string warning = Warning(item);
-    std::string out = "{\"key\": " + JsonString(item.Key()) + ", \"relativePath\": " + JsonString(item.RelativePath()) +
-                      ", \"path\": " + JsonString(item.File().Path());
-    if (!item.File().IsNull()) out += ", \"modified\": " + JsonString(Date(item.File()));
-    if (!item.OtherFile().IsNull())
-        out += ", \"otherPath\": " + JsonString(item.OtherFile().Path()) +
-               ", \"otherModified\": " + JsonString(Date(item.OtherFile()));
-    if (!warning.empty()) out += ", \"warning\": " + JsonString(warning);
-    if (!item.ErrDescription().empty()) out += ", \"description\": " + JsonString(item.ErrDescription());
-    return out + "}";
+Json ItemJson(const SchemeFileItem& item) {
+    Json out{{"key", item.Key()}, {"relativePath", item.RelativePath()}, {"path", item.File().Path()}};
+    if (!item.File().IsNull()) out["modified"] = IsoTime(item.File().Modified().tv_sec);
+    if (!item.OtherFile().IsNull()) {
+        out["otherPath"] = item.OtherFile().Path();
+        out["otherModified"] = IsoTime(item.OtherFile().Modified().tv_sec);
+    }
+    const std::string warning = Warning(item);
+    if (!warning.empty()) out["warning"] = warning;
+    if (!item.ErrDescription().empty()) out["description"] = item.ErrDescription();
+    return out;
 }
 
-std::string ArrayJson(const SchemeFileCollection& list) {
-    std::string out = "[";
-    for (const auto& item : list.Items()) out += (out.size() > 1 ? ", " : "") + ItemJson(item);
-    return out + "]";
+Json ArrayJson(const SchemeFileCollection& list) {
+    Json out = Json::array();
+    for (const auto& item : list.Items()) out.push_back(ItemJson(item));
+    return out;
 }
 
-std::string ListsJson(const SyncSchemes& sync) {
-    std::string out;
-    for (const auto& listing : Listings(sync))
-        out += "\"" + std::string(listing.jsonName) + "\": " + ArrayJson(*listing.list) + ", ";
-    return out + "\"errors\": " + ArrayJson(sync.Errors());
+void AddListsJson(Json& out, const SyncSchemes& sync) {
+    for (const auto& listing : Listings(sync)) out[listing.jsonName] = ArrayJson(*listing.list);
+    out["errors"] = ArrayJson(sync.Errors());
 }
 
 // The scan's progress has no known end, so it is shown on a terminal only.
@@ -125,7 +118,7 @@ struct CopyProgress : SyncEvents {
     std::vector<std::string> timeErrors;
     void CopyFiles(const std::string& source, const std::string&, std::int16_t progress) override {
         ++families;
-        bar->Update(progress, source);
+        if (!JsonOutput()) bar->Update(progress, source);
     }
     void CopyFilesError(const std::string&, const std::string& destination, const std::string& text) override {
         timeErrors.push_back(destination + ": " + text);
@@ -150,10 +143,25 @@ std::string AsKey(std::string name) {
     return name;
 }
 
+// A root that is not there is most often a share that is not mounted: taken
+// as an empty side, everything would be pushed into a new, stray folder.
+void CheckRoot(const std::string& root, const char* side, bool createMissing) {
+    std::error_code ec;
+    const auto status = std::filesystem::status(root, ec);
+    if (std::filesystem::is_directory(status)) return;
+    if (std::filesystem::exists(status))
+        throw Failure(kBadInput, std::string("the ") + side + " folder " + root + " is not a folder");
+    if (!createMissing)
+        throw Failure(kBadInput, std::string("the ") + side + " folder " + root +
+                                     " does not exist (is the share mounted?); --create-missing takes it as empty");
+}
+
 int Run(Arguments args) {
     std::error_code ec;
     args.remote = std::filesystem::absolute(args.remote, ec).lexically_normal().string();
     args.local = std::filesystem::absolute(args.local, ec).lexically_normal().string();
+    CheckRoot(args.remote, "remote", args.createMissing);
+    CheckRoot(args.local, "local", args.createMissing);
     SyncSchemes sync;
     Scan(sync, args);
 
@@ -164,24 +172,19 @@ int Run(Arguments args) {
         SchemeFileItem item = sync.NewerLocalFiles().Item(key);
         if (item.IsNull()) item = sync.NewerRemoteFiles().Item(key);
         if (!item.IsNull() && !item.OtherFile().IsNull()) continue;
-        if (!item.IsNull()) {
-            std::cerr << "meridex: " << name << " has no copy on the other side to revert to\n";
-            return kUsage;
-        }
-        std::cerr << "meridex: " << name
-                  << (sync.SyncedFiles().Exists(key) ? " is in step on both sides; nothing to revert\n"
-                                                     : " is not a scheme that is newer on one side\n");
-        return kUsage;
+        if (!item.IsNull()) throw Failure(kUsage, name + " has no copy on the other side to revert to");
+        throw Failure(kUsage, name + (sync.SyncedFiles().Exists(key) ? " is in step on both sides; nothing to revert"
+                                                                     : " is not a scheme that is newer on one side"));
     }
 
-    if (!args.json) {
+    if (!JsonOutput()) {
         std::cout << "Remote: " << args.remote << "\nLocal:  " << args.local << "\n";
         if (!copying) PrintLists(sync);
         std::cout.flush();  // before progress appears on stderr
     }
-    std::string json = "{\"remote\": " + JsonString(args.remote) + ", \"local\": " + JsonString(args.local) + ", " +
-                       ListsJson(sync);
-    int exitCode = sync.Errors().Count() ? kFailed : kOk;
+    Json json{{"remote", args.remote}, {"local", args.local}};
+    AddListsJson(json, sync);
+    int exitCode = sync.Errors().Count() ? kBadInput : kOk;
     if (copying) {
         if (args.updateAll || args.updateRemote)
             for (auto item : sync.NewerLocalFiles().Items()) item.setSyncOptions(syncUpdate);
@@ -204,17 +207,15 @@ int Run(Arguments args) {
         }
         std::vector<SchemeFileItem> failed;
         for (long i = errorsBefore + 1; i <= sync.Errors().Count(); ++i) failed.push_back(sync.Errors().Item(i));
-        if (!failed.empty() || !progress.timeErrors.empty()) exitCode = kFailed;
+        if (!failed.empty() || !progress.timeErrors.empty()) exitCode = kWriteFailed;
 
         SyncSchemes after;
         Scan(after, args);
-        if (args.json) {
-            json += ", \"copy\": {\"families\": " + std::to_string(progress.families) + ", \"timeErrors\": [";
-            for (std::size_t i = 0; i < progress.timeErrors.size(); ++i)
-                json += (i ? ", " : "") + JsonString(progress.timeErrors[i]);
-            json += "], \"failed\": [";
-            for (std::size_t i = 0; i < failed.size(); ++i) json += (i ? ", " : "") + ItemJson(failed[i]);
-            json += "]}, \"after\": {" + ListsJson(after) + "}";
+        if (JsonOutput()) {
+            Json failedJson = Json::array();
+            for (const auto& item : failed) failedJson.push_back(ItemJson(item));
+            json["copy"] = {{"families", progress.families}, {"timeErrors", progress.timeErrors}, {"failed", failedJson}};
+            AddListsJson(json["after"], after);
         } else {
             std::cout << "\nCopied " << progress.families << " scheme famil" << (progress.families == 1 ? "y" : "ies")
                       << "; " << failed.size() << " failed.\n";
@@ -223,7 +224,7 @@ int Run(Arguments args) {
             PrintLists(after);
         }
     }
-    if (args.json) std::cout << json << "}\n";
+    if (JsonOutput()) PrintJson(json);
     return exitCode;
 }
 
@@ -236,9 +237,11 @@ void AddSyncCommand(CLI::App& app, int& exitCode) {
         "Compare a remote and a local scheme folder; lists the schemes newer on each side and those in step. "
         "Nothing is copied unless an --update or --revert option asks for it; whatever is replaced is first "
         "kept as NAME~0000.BAK.");
-    cmd->add_option("REMOTE", args->remote, "The remote scheme folder (a missing folder is an empty side)")->required();
-    cmd->add_option("LOCAL", args->local, "The local scheme folder (a missing folder is an empty side)")->required();
-    cmd->add_flag("--json", args->json, "Print the lists as JSON");
+    cmd->add_option("REMOTE", args->remote, "The remote scheme folder")->required();
+    cmd->add_option("LOCAL", args->local, "The local scheme folder")->required();
+    AddJsonFlag(cmd);
+    cmd->add_flag("--create-missing", args->createMissing,
+                  "Take a folder that does not exist as an empty side (copies then create it)");
     cmd->add_flag("--update-all", args->updateAll, "Copy every newer scheme over its older copy, both ways");
     cmd->add_flag("--update-remote,--push", args->updateRemote,
                   "Copy the schemes that are newer locally to the remote folder");

@@ -15,6 +15,9 @@ section "Address book: the tree (groups mirror the folders, the last level is th
 "$MERIDEX" book show "$book"
 echo "(Rain 3.XML has only a direct cable, so it gave no site; South/Notes.xml is not XML and was skipped.)"
 
+section "Address book: the same import again adds nothing with --skip-existing"
+"$MERIDEX" book import "$book" import --skip-existing 2>/dev/null
+
 section "Address book: find a site by its path"
 "$MERIDEX" book find "$book" '\North\Hill Creek.xml\import/North/Hill Creek.xml (Phone modem on COM3'
 

@@ -9,6 +9,7 @@
 
 #include <meridex/comms/PortSnapshot.h>
 #include <meridex/comms/PortsList.h>
+#include <meridex/comms/PortsFile.h>
 #include <meridex/comms/ProfileXml.h>
 #include <meridex/frame/Error.h>
 #include <meridex/frame/FileOps.h>
@@ -164,14 +165,16 @@ void CommsProfileManager::GetCommPortDescriptions(const std::string& RootPath) {
     try {
         std::string folder = RootPath;
         if (!FileOps::IsSeparator(folder.back())) folder += '/';
-        const std::string portsFile = folder + "ports.txt";
         const std::string program = folder + Platform::CompanionProgramName();
+        // The companion writes where it is told: its own folder, or a per-user one when that is read-only.
+        const std::string listFolder = PortsFile::Folder(RootPath);
+        const std::string portsFile = listFolder + "/ports.txt";
         std::error_code ec;
         fs::remove(portsFile, ec);  // a stale list is never read
         if (!fs::is_regular_file(program, ec)) return;
 
         const double deadline = std::round(SecondsNow() + 2);
-        StartedProgram companion = StartedProgram::Start(program, {RootPath});
+        StartedProgram companion = StartedProgram::Start(program, {listFolder});
         if (!companion.Started()) return;
         // The companion writes the list atomically, so once it is there it is whole.
         while (!fs::exists(portsFile, ec)) {

@@ -70,7 +70,8 @@ public:
     bool SaveXMLMapFile(const std::string& XMLFile = {}, std::string* error = nullptr);
 
     /// Names the profiles after the ports' descriptions, which the companion
-    /// program in RootPath writes to RootPath/ports.txt.
+    /// program in RootPath writes to ports.txt in PortsFile::Folder(RootPath):
+    /// RootPath itself unless it is read-only.
     void GetCommPortDescriptions(const std::string& RootPath);
 
     /// The number of PROFILE elements in the map, at most 32767.

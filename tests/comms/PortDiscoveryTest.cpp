@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
 #include "CommsTestSupport.h"
+#include <meridex/comms/PortsFile.h>
 #include <meridex/comms/SystemOps.h>
 
 using namespace meridex;
@@ -119,4 +121,17 @@ TEST(PortDiscovery, ACompanionThatIsMissingOrNeverWritesChangesNothing) {
     EXPECT_EQ(Field(m->ApplicationProfile(1), "NAME"), "Direct to COM1");
     // Given up on at the deadline, ended and reaped.
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+}
+
+TEST(PortDiscovery, ThePortListGoesToAPerUserFolderWhenTheProgramsFolderIsReadOnly) {
+    TempDir dir;
+    EXPECT_EQ(PortsFile::Folder(dir.Path()), dir.Path());
+    const char* saved = std::getenv("XDG_RUNTIME_DIR");
+    const std::string previous = saved ? saved : "";
+    setenv("XDG_RUNTIME_DIR", dir.File("run").c_str(), 1);
+    // /proc takes no new files, whoever asks.
+    const std::string folder = PortsFile::Folder("/proc");
+    saved ? setenv("XDG_RUNTIME_DIR", previous.c_str(), 1) : unsetenv("XDG_RUNTIME_DIR");
+    EXPECT_EQ(folder, dir.File("run/meridex"));
+    EXPECT_TRUE(std::filesystem::is_directory(folder));
 }

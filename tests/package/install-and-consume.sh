@@ -51,6 +51,10 @@ for kind in "${kinds[@]}"; do
 
   grep -q . <<<"$("$prefix/bin/meridex" --version)" || fail "the installed tool does not run"
   [ -x "$prefix/bin/SerialPortInfoDump" ] || fail "the companion is not installed"
+  [ -f "$prefix/share/man/man1/meridex.1" ] || fail "the man page is not installed"
+  [ -f "$prefix/share/bash-completion/completions/meridex" ] || fail "the bash completion is not installed"
+  PYTHONPATH="$prefix/lib/python3/dist-packages" /usr/bin/python3 -c 'import meridex; meridex.Settings()' \
+    || fail "the installed Python module does not import ($kind)"
 
   echo "== $kind: examples/embed with find_package"
   cmake -S "$src/examples/embed" -B "$work/embed-$kind" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >"$work/embed-$kind.log" \
@@ -92,6 +96,10 @@ for kind in "${kinds[@]}"; do
     grep -q 'include/meridex/meridex.h' <<<"$(dpkg-deb -c "$dev")" || fail "meridex-dev has no headers"
     grep -q 'libxml2' <<<"$(dpkg-deb -f "$deb" Depends)" || fail "the meridex package does not depend on libxml2"
     grep -qF "meridex (= $version)" <<<"$(dpkg-deb -f "$dev" Depends)" || fail "meridex-dev does not depend on meridex"
+    py="$build/python3-meridex_${version}_${arch}.deb"
+    [ -f "$py" ] || fail "cpack did not make python3-meridex_${version}_${arch}.deb"
+    grep -q './usr/lib/python3/dist-packages/meridex\..*\.so$' <<<"$(dpkg-deb -c "$py")" || fail "python3-meridex has no module"
+    grep -qF "meridex (= $version)" <<<"$(dpkg-deb -f "$py" Depends)" || fail "python3-meridex does not depend on meridex"
   fi
   unset LD_LIBRARY_PATH
 done

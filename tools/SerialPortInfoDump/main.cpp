@@ -1,5 +1,6 @@
 // SerialPortInfoDump [FOLDER]: writes FOLDER/ports.txt (FOLDER defaults to
-// the folder of this program) with one line per serial port present on this
+// the folder of this program, or a per-user folder when that one may not be
+// written, as for an installed program) with one line per serial port present on this
 // PC: "COM", its number, "|", and the port's description. The numbers are the
 // library's, so the communications map can name its profiles after the
 // devices. The file is written atomically: once it exists it is complete.
@@ -7,12 +8,13 @@
 #include <string>
 
 #include <meridex/comms/PortSnapshot.h>
+#include <meridex/comms/PortsFile.h>
 #include <meridex/frame/FileOps.h>
 #include <meridex/platform/Platform.h>
 
 int main(int argc, char** argv) {
     using namespace meridex;
-    std::string folder = argc > 1 ? argv[1] : Platform::ProgramFolder();
+    std::string folder = argc > 1 ? argv[1] : PortsFile::Folder(Platform::ProgramFolder());
     if (argc > 2 || folder.empty() || folder == "-h" || folder == "--help") {
         std::fprintf(stderr, "usage: SerialPortInfoDump [FOLDER]\n");
         return 2;

@@ -1,0 +1,41 @@
+import pytest
+
+import meridex
+
+
+def test_base64_as_the_legacy_host_stores_passwords():
+    encoder = meridex.Base64Encoder()
+    assert encoder.Decode(encoder.Encode("Pässwort€")) == "Pässwort€"
+    with pytest.raises(meridex.Error) as caught:
+        encoder.Decode("abc")
+    assert "Decode" in caught.value.source
+
+
+def test_the_error_handler_writes_its_log(tmp_path):
+    handler = meridex.ErrorHandler()
+    handler.ErrorLogFile = str(tmp_path / "app.log")
+    handler.LogErrors = True
+    handler.LogError(53, "File not found", "frmFirmware:cmdBrowse_Click")
+    assert "frmFirmware:cmdBrowse_Click" in (tmp_path / "app.log").read_text(encoding="latin-1")
+
+
+def test_sync_compares_copies_and_raises_its_events(tmp_path):
+    remote, local = tmp_path / "remote", tmp_path / "local"
+    (remote / "North").mkdir(parents=True)
+    local.mkdir()
+    (remote / "North" / "Weir1.SXS").write_text("new")
+    (local / "Gauge2.SXS").write_text("local only")
+    found, copied = [], []
+    sync = meridex.SyncSchemes(found_files=found.append, copy_files=lambda s, d, p: copied.append((s, d, p)))
+    sync.GetSchemeList(str(remote), str(local))
+    assert len(found) == 2
+    newer_remote = sync.NewerRemoteFiles
+    assert len(newer_remote) == 1 and len(sync.NewerLocalFiles) == 1
+    item = newer_remote[1]
+    assert item.RelativePath.endswith("Weir1.SXS") and [i.Key for i in newer_remote] == [item.Key]
+    assert item.Key in newer_remote and item.OtherFile is None and item.File.Size == 3
+    item.SyncOptions = meridex.syncUpdate
+    sync.SyncSchemes()
+    assert [source for source, _, _ in copied] == [str(remote / "North" / "Weir1")]
+    assert (local / "North" / "Weir1.SXS").read_text() == "new"
+    assert len(sync.Errors) == 0
