@@ -17,6 +17,8 @@ std::shared_ptr<SerialPortSource> DefaultSerialPortSource(std::shared_ptr<UserSt
 
 std::string CompanionProgramName() { return "SerialPortInfoDump"; }
 
+std::vector<std::string> Utf8Arguments(int argc, char** argv) { return {argv, argv + argc}; }
+
 std::string GetWindowsFolder() { return "/etc/"; }
 
 std::string ProgramFolder() {

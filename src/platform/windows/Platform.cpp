@@ -1,6 +1,7 @@
 #include <meridex/platform/Platform.h>
 
 #include <windows.h>
+#include <shellapi.h>
 
 #include <meridex/platform/windows/RegistryUserStore.h>
 #include <meridex/platform/windows/WideText.h>
@@ -30,6 +31,17 @@ std::string ProgramFolder() {
     }
     const std::size_t slash = path.find_last_of(L"\\/");
     return slash == std::wstring::npos ? std::string() : Wide::ToUtf8(path.substr(0, slash));
+}
+
+std::vector<std::string> Utf8Arguments(int argc, char** argv) {
+    ::SetConsoleOutputCP(CP_UTF8);
+    int count = 0;
+    LPWSTR* wide = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+    if (!wide) return {argv, argv + argc};
+    std::vector<std::string> arguments;
+    for (int i = 0; i < count; ++i) arguments.push_back(Wide::ToUtf8(wide[i]));
+    ::LocalFree(wide);
+    return arguments;
 }
 
 std::string GetWindowsFolder() {
