@@ -18,6 +18,9 @@
 namespace meridex::FileOps {
 namespace {
 
+// Every program that reads or writes a document links this file.
+const bool kWindows1252Ready = (Windows::RegisterWindows1252Encoding(), true);
+
 std::string Reason(const std::string& what, const std::string& path, int error) {
     return what + " " + path + ": " + std::strerror(error);
 }

@@ -15,5 +15,8 @@ std::wstring LongPath(std::string_view path);
 std::string Message(DWORD error);
 /// The errno value nearest to a Windows error code.
 int ErrnoOf(DWORD error);
+/// Gives libxml2 (built without iconv) the windows-1252 code page from the
+/// library's own table; once per process, before any document is read.
+void RegisterWindows1252Encoding();
 
 }  // namespace meridex::Windows
