@@ -19,6 +19,10 @@ std::shared_ptr<SerialPortSource> DefaultSerialPortSource(std::shared_ptr<UserSt
 
 std::string CompanionProgramName() { return "SerialPortInfoDump"; }
 
+std::vector<std::string> Utf8Arguments(int argc, char** argv) { return {argv, argv + argc}; }
+
+std::string GetWindowsFolder() { return "/etc/"; }
+
 std::string ProgramFolder() {
     std::error_code ec;
     std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", ec);
