@@ -19,7 +19,7 @@ QLabel* Label(const QString& name, const QString& text, QWidget* parent) {
 
 }  // namespace
 
-QString DeviceIconKey(const XmlNode& profile) {
+QString SiteDeviceIconKey(const XmlNode& profile) {
     const std::string type = ProfileXml::ChildText(profile, "TYPE");
     const std::string method = ProfileXml::ChildText(profile, "METHOD");
     if (type == "RS232") {
@@ -65,7 +65,7 @@ QString ProfileInfoPanel::NameOf(const XmlNode& profile) {
 }
 
 QString ProfileInfoPanel::IconKeyOf(const XmlNode& profile) {
-    const QString device = DeviceIconKey(profile);
+    const QString device = SiteDeviceIconKey(profile);
     if (device == QStringLiteral("DIRECT") || device == QStringLiteral("PHONEMODEM")) return device;
     const QString icon = Q(ProfileXml::ChildText(profile, "ICON"));
     return icon.isEmpty() ? QStringLiteral("UNKNOWN") : icon;

@@ -10,9 +10,9 @@ class QLabel;
 
 namespace meridex::ui {
 
-/// The icon key of a device list row: "DIRECT" and "PHONEMODEM" for those serial methods, "IP" for
+/// The icon key of a device row of the new-site list: "DIRECT" and "PHONEMODEM" for those serial methods, "IP" for
 /// the three network methods, "UNKNOWN" for anything else.
-QString DeviceIconKey(const XmlNode& profile);
+QString SiteDeviceIconKey(const XmlNode& profile);
 
 /// `picInfo`: `imgProfile` (the profile's icon), `lblName` (its name, "Unnamed Profile" without
 /// one) and `lblSummary` (one line "NAME = value" per parameter, joined by CR LF).
@@ -27,7 +27,7 @@ public:
 
     /// The name text of a profile as the panel shows it.
     static QString NameOf(const XmlNode& profile);
-    /// The icon key of a profile as the panel shows it: the serial methods as DeviceIconKey, any
+    /// The icon key of a profile as the panel shows it: the serial methods as SiteDeviceIconKey, any
     /// other profile its ICON text, "UNKNOWN" when that is empty.
     static QString IconKeyOf(const XmlNode& profile);
     /// The summary of a profile: "NAME = value" per child element, joined by CR LF.

@@ -72,7 +72,7 @@ void frmNewSite::setCommsDevices(CommsProfileManager* map) {
                  profile = profile.NextSiblingElement("PROFILE")) {
                 auto* row = new QTreeWidgetItem(QStringList{QString::fromStdString(ProfileXml::ChildText(profile, "NAME"))});
                 setItemKey(row, QString::fromStdString(ProfileXml::ChildText(profile, "KEY")));
-                setImageKey(row, DeviceIconKey(profile));
+                setImageKey(row, SiteDeviceIconKey(profile));
                 rows << row;
             }
         }

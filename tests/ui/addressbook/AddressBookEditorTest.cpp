@@ -14,6 +14,7 @@
 #include <QToolBar>
 #include <QTreeWidget>
 
+#include <meridex/platform/linux/IniUserStore.h>
 #include <meridex/addressbook/AddressBook.h>
 #include <meridex/frame/RecordingUserInterface.h>
 #include <meridex/ui/addressbook/frmAddressBook.h>

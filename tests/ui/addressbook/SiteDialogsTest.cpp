@@ -14,6 +14,7 @@
 #include <QTest>
 #include <QTreeWidget>
 
+#include <meridex/platform/linux/IniUserStore.h>
 #include <meridex/addressbook/AddressBook.h>
 #include <meridex/comms/CommsProfileManager.h>
 #include <meridex/ui/addressbook/frmNewSite.h>

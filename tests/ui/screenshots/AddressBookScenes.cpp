@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QTreeWidget>
 
+#include <meridex/platform/linux/IniUserStore.h>
 #include <meridex/addressbook/AddressBook.h>
 #include <meridex/comms/CommsProfileManager.h>
 #include <meridex/frame/RecordingUserInterface.h>
