@@ -1,7 +1,7 @@
 # The two commands: `make demo` and `make test`. Both install what they need first.
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test screenshots bootstrap build-dev build-ci build-demo bench package docs fuzz clean
+.PHONY: demo test screenshots windows test-windows bootstrap-windows bootstrap build-dev build-ci build-demo bench package docs fuzz clean
 
 # With a display: Meridex Desk on a copy of the demo workspace. Without one (CI, a server): the
 # command-line demo, then the pictures of every window.
@@ -44,6 +44,20 @@ docs: bootstrap
 
 bootstrap:
 	scripts/bootstrap
+
+# Windows executables (MinGW-w64) in build/windows; the dependencies without a Debian
+# MinGW package are built once from their Debian sources into build/windows-deps.
+windows: bootstrap-windows
+	JOBS=$(JOBS) scripts/windows-deps
+	cmake --preset windows
+	cmake --build --preset windows -j $(JOBS)
+
+# The Windows build's tests under wine64, in a fresh, seeded Wine prefix.
+test-windows: windows
+	JOBS=$(JOBS) scripts/test-windows
+
+bootstrap-windows:
+	scripts/bootstrap windows
 
 build-dev:
 	cmake --preset dev

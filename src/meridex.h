@@ -42,6 +42,18 @@
 #include <meridex/sync/SchemeSyncOptions.h>
 #include <meridex/sync/SyncEvents.h>
 #include <meridex/sync/SyncSchemes.h>
+#include <meridex/firmware/ByteLink.h>
+#include <meridex/firmware/Crc.h>
+#include <meridex/firmware/FirmwareFolder.h>
+#include <meridex/firmware/FirmwareImage.h>
+#include <meridex/firmware/FirmwareVersion.h>
+#include <meridex/firmware/LinkLogger.h>
+#include <meridex/firmware/Logger.h>
+#include <meridex/firmware/LoggerIdentity.h>
+#include <meridex/firmware/LoggerLinks.h>
+#include <meridex/firmware/UpgradeEvents.h>
+#include <meridex/firmware/UpgradeResult.h>
+#include <meridex/platform/Links.h>
 #include <meridex/platform/Platform.h>
 #include <meridex/platform/SerialPortSource.h>
 

@@ -2,10 +2,13 @@
 
 #include <filesystem>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include <meridex/Version.h>
 #include <meridex/frame/Error.h>
 #include <meridex/frame/XmlDocument.h>
+#include <meridex/platform/Platform.h>
 
 namespace meridex::cli {
 
@@ -18,6 +21,11 @@ constexpr ExitCodeRow kExitCodes[] = {
     {kBadInput, "an input file or folder that is missing, unreadable or of another kind"},
     {kWriteFailed, "a file or folder could not be written (nothing was changed)"},
     {kUnknownFeature, "\"settings can\": no profile and no catalogue knows the feature"},
+    {kNoLink, "firmware: no link to the logger (no such port or profile, nothing listening)"},
+    {kNoAnswer, "firmware: the logger did not answer in time"},
+    {kLinkLost, "firmware: the link was lost during an upgrade (the logger waits in its loader)"},
+    {kLoggerRefused, "firmware: the logger refused a step"},
+    {kUpgradeFailed, "firmware: a block, the image check or the start failed (the logger waits in its loader)"},
     {kInternal, "a fault of the tool itself"},
 };
 
@@ -120,9 +128,15 @@ int Execute(CLI::App& app, const int& exitCode, int argc, char** argv) {
     app.require_subcommand(1);
     app.set_help_all_flag("--help-all", "Print the help of every command and exit");
     app.footer(Footer());
+    // Windows hands the arguments over in the ANSI code page; the library speaks UTF-8.
+    std::vector<std::string> words = meridex::Platform::Utf8Arguments(argc, argv);
+    std::vector<char*> pointers;
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    const int count = static_cast<int>(words.size());
     try {
-        CheckCommandWords(app, argc, argv);
-        app.parse(argc, argv);
+        CheckCommandWords(app, count, pointers.data());
+        app.parse(count, pointers.data());
     } catch (const CLI::CallForHelp& e) {
         return app.exit(e);
     } catch (const CLI::CallForAllHelp& e) {

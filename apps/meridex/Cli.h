@@ -23,6 +23,11 @@ enum ExitCode : int {
     kBadInput = 3,         // an input that is missing, unreadable or of another kind
     kWriteFailed = 4,      // a file or folder could not be written
     kUnknownFeature = 5,   // "settings can": a feature key no profile or catalogue knows
+    kNoLink = 6,           // firmware: no such port or profile, or nothing listening
+    kNoAnswer = 7,         // firmware: the logger did not answer in time
+    kLinkLost = 8,         // firmware: the link went during an upgrade (the logger waits in its loader)
+    kLoggerRefused = 9,    // firmware: the logger refused a step
+    kUpgradeFailed = 10,   // firmware: a block, the image check or the start failed
     kInternal = 70,        // a fault of the tool itself
 };
 

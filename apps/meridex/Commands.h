@@ -10,5 +10,6 @@ void AddSettingsCommand(CLI::App& app, int& exitCode);
 void AddCommsCommands(CLI::App& app, int& exitCode);  // "ports" and "comms"
 void AddBookCommand(CLI::App& app, int& exitCode);
 void AddSyncCommand(CLI::App& app, int& exitCode);
+void AddFirmwareCommand(CLI::App& app, int& exitCode);
 
 }  // namespace meridex::cli

@@ -11,5 +11,6 @@ int main(int argc, char** argv) {
     meridex::cli::AddCommsCommands(app, exitCode);
     meridex::cli::AddBookCommand(app, exitCode);
     meridex::cli::AddSyncCommand(app, exitCode);
+    meridex::cli::AddFirmwareCommand(app, exitCode);
     return meridex::cli::Execute(app, exitCode, argc, argv);
 }

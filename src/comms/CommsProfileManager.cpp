@@ -11,6 +11,7 @@
 #include <meridex/comms/PortsList.h>
 #include <meridex/comms/PortsFile.h>
 #include <meridex/comms/ProfileXml.h>
+#include <meridex/frame/Utf8.h>
 #include <meridex/frame/Error.h>
 #include <meridex/frame/FileOps.h>
 #include <meridex/frame/Numeric.h>
@@ -129,7 +130,7 @@ void CommsProfileManager::BuildDefaultMap() {
 bool CommsProfileManager::LoadXMLMapFile(const std::string& XMLFile) {
     mapFile_ = XMLFile;
     std::error_code ec;
-    bool exists = !XMLFile.empty() && fs::exists(XMLFile, ec);
+    bool exists = !XMLFile.empty() && fs::exists(utf8::ToPath(XMLFile), ec);
     XmlDocument document = exists ? XmlDocument::Load(XMLFile) : XmlDocument();
     XmlNode root = document ? document.DocumentElement() : XmlNode();
     if (!root || root.Name() != kRoot) {
@@ -170,14 +171,14 @@ void CommsProfileManager::GetCommPortDescriptions(const std::string& RootPath) {
         const std::string listFolder = PortsFile::Folder(RootPath);
         const std::string portsFile = listFolder + "/ports.txt";
         std::error_code ec;
-        fs::remove(portsFile, ec);  // a stale list is never read
-        if (!fs::is_regular_file(program, ec)) return;
+        fs::remove(utf8::ToPath(portsFile), ec);  // a stale list is never read
+        if (!fs::is_regular_file(utf8::ToPath(program), ec)) return;
 
         const double deadline = std::round(SecondsNow() + 2);
         StartedProgram companion = StartedProgram::Start(program, {listFolder});
         if (!companion.Started()) return;
         // The companion writes the list atomically, so once it is there it is whole.
-        while (!fs::exists(portsFile, ec)) {
+        while (!fs::exists(utf8::ToPath(portsFile), ec)) {
             if (SecondsNow() > deadline) {
                 companion.End(std::chrono::milliseconds(0));  // the wait is bounded: no grace past it
                 return;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <meridex/comms/XmlSchemeFile.h>
+#include <meridex/frame/Utf8.h>
 #include <meridex/frame/FileOps.h>
 #include <meridex/frame/Numeric.h>
 #include <meridex/frame/Text.h>
@@ -27,10 +28,10 @@ std::pair<std::vector<std::string>, std::vector<std::string>> ListFolder(const s
     std::vector<std::string> files;
     std::vector<std::string> folders;
     std::error_code error;
-    fs::directory_iterator it(fs::path(folder), fs::directory_options::skip_permission_denied, error);
+    fs::directory_iterator it(utf8::ToPath(folder), fs::directory_options::skip_permission_denied, error);
     for (const fs::directory_iterator end; !error && it != end; it.increment(error)) {
         const fs::directory_entry& entry = *it;
-        const std::string name = entry.path().filename().string();
+        const std::string name = utf8::FromPath(entry.path().filename());
         std::error_code statusError;
         if (entry.is_symlink(statusError)) {
             if (entry.is_regular_file(statusError) && IsSchemeFileName(name)) files.push_back(name);

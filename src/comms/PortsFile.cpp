@@ -1,9 +1,11 @@
 #include <meridex/comms/PortsFile.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
+
+#include <meridex/frame/Utf8.h>
+#include <meridex/platform/FileSystem.h>
 
 namespace meridex::PortsFile {
 namespace {
@@ -21,22 +23,14 @@ bool Writable(const fs::path& folder) {
     return written;
 }
 
-fs::path PerUserFolder() {
-    if (const char* runtime = std::getenv("XDG_RUNTIME_DIR"); runtime && *runtime) return fs::path(runtime) / "meridex";
-    if (const char* cache = std::getenv("XDG_CACHE_HOME"); cache && *cache) return fs::path(cache) / "meridex";
-    if (const char* home = std::getenv("HOME"); home && *home) return fs::path(home) / ".cache" / "meridex";
-    std::error_code ec;
-    return fs::temp_directory_path(ec) / "meridex";
-}
-
 }  // namespace
 
 std::string Folder(const std::string& companionFolder) {
-    if (companionFolder.empty() || Writable(companionFolder)) return companionFolder;
-    const fs::path folder = PerUserFolder();
+    if (companionFolder.empty() || Writable(utf8::ToPath(companionFolder))) return companionFolder;
+    const fs::path folder = utf8::ToPath(FileSystem::PerUserScratchFolder()) / "meridex";
     std::error_code ec;
     fs::create_directories(folder, ec);
-    return folder.string();
+    return utf8::FromPath(folder);
 }
 
 }  // namespace meridex::PortsFile

@@ -1,4 +1,5 @@
 #pragma once
+#include <meridex/Export.h>
 #include <cstdint>
 #include <vector>
 
@@ -16,6 +17,7 @@ bool IsCommPortPresent(SerialPortSource& ports, std::int16_t number);
 std::vector<std::int16_t> GetPresentCommPorts(SerialPortSource& ports, std::int16_t highest);
 // The percentage shown for a fraction 0..1: fraction x 100 + 0.5, whole part,
 // kept within 0..100.
-int ProgressPercent(double fraction);
+// Exported for the dialogs, whose progress bars print it.
+MERIDEX_EXPORT int ProgressPercent(double fraction);
 
 }  // namespace meridex::SystemOps

@@ -1,14 +1,10 @@
 #include <meridex/frame/ErrorHandler.h>
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 #include <meridex/frame/DateTime.h>
 #include <meridex/frame/UserInterface.h>
+#include <meridex/platform/FileSystem.h>
 
 namespace meridex {
 namespace {
@@ -62,17 +58,8 @@ void ErrorHandler::LogMinorError(std::int32_t lErrNum, const std::string& strErr
         return;
     }
     const std::string line = FormatLogLine(DateTime::Now(), lErrNum, strErrDesc, strErrLoc) + "\r\n";
-    // One write of the whole line with O_APPEND: lines from several
-    // processes never interleave, and the file is never truncated.
-    const int fd = ::open(errorLogFile_.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
-    if (fd < 0) {
-        report(std::strerror(errno));
-        return;
-    }
-    const ssize_t written = ::write(fd, line.data(), line.size());
-    const int writeError = errno;
-    const bool closed = ::close(fd) == 0;
-    if (written != static_cast<ssize_t>(line.size()) || !closed) report(std::strerror(written < 0 ? writeError : EIO));
+    std::string reason;
+    if (!FileSystem::AppendToFile(errorLogFile_, line, reason)) report(reason);
 }
 
 }  // namespace meridex

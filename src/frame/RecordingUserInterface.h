@@ -24,22 +24,21 @@ public:
     };
     /// One input box as it was asked for.
     struct Input {
-        std::string prompt;       ///< The question.
+        std::string prompt;       ///< The prompt.
         std::string title;        ///< The title.
-        InputBoxOptions options;  ///< The default text and limits.
+        InputBoxOptions options;  ///< Default text and limits.
     };
 
     /// Records the message and answers the next queued result.
-    /// Records the message and answers the next queued result (unscripted: the default button).
     MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
                              const std::string& caption,
                              MessageDefaultButton defaultButton = MessageDefaultButton::First) override;
-    /// Records the prompt and answers the next queued input (unscripted: the default text).
+    /// Records the prompt and answers the next queued input (the default text when none is queued).
     std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,
                                         const InputBoxOptions& options = {}) override;
-    /// Counts the request and answers the next queued new password (unscripted: cancelled).
+    /// Counts the request and answers the next queued new password (cancelled when none is queued).
     std::string SetPassword() override;
-    /// Records the password checked against and compares the next queued entry (unscripted: cancelled).
+    /// Records password and compares it with the next queued entry (cancelled when none is queued).
     bool EnterPassword(const std::string& password) override;
 
     /// The next message box answers result.

@@ -10,16 +10,15 @@ namespace meridex {
 class MERIDEX_EXPORT StderrUserInterface : public UserInterface {
 public:
     /// Writes the message to standard error and answers the first button.
-    /// Writes the message to standard error and answers the first button.
     MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
                              const std::string& caption,
                              MessageDefaultButton defaultButton = MessageDefaultButton::First) override;
     /// Writes the prompt to standard error and answers cancelled.
     std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,
                                         const InputBoxOptions& options = {}) override;
-    /// Answers cancelled (an empty password).
+    /// Writes a note to standard error and answers cancelled (empty).
     std::string SetPassword() override;
-    /// Answers cancelled (false).
+    /// Writes a note to standard error and answers cancelled (false).
     bool EnterPassword(const std::string& password) override;
 };
 

@@ -1,23 +1,14 @@
 #include <meridex/frame/Text.h>
 
-#include <locale.h>
-#include <wctype.h>
-
 #include <array>
 #include <cstdint>
 #include <utility>
 
 #include <meridex/frame/Utf8.h>
+#include <meridex/platform/CaseMapping.h>
 
 namespace meridex::Text {
 namespace {
-
-// Case mapping comes from the C.UTF-8 locale's tables, held privately so
-// the process locale never matters.
-locale_t UnicodeLocale() {
-    static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", static_cast<locale_t>(nullptr));
-    return locale;
-}
 
 bool IsAscii(std::string_view text) {
     for (unsigned char c : text) {
@@ -45,17 +36,10 @@ std::string MapText(std::string_view text, Map map) {
     return out;
 }
 
-char32_t Fold(char32_t c) {
-    locale_t locale = UnicodeLocale();
-    if (!locale) return c < 0x80 ? static_cast<char32_t>(AsciiLower(static_cast<char>(c))) : c;
-    return static_cast<char32_t>(towlower_l(towupper_l(static_cast<wint_t>(c), locale), locale));
-}
+// Case mapping is the operating system's, as it compares names.
+char32_t Fold(char32_t c) { return CaseMapping::Lower(CaseMapping::Upper(c)); }
 
-char32_t Upper(char32_t c) {
-    locale_t locale = UnicodeLocale();
-    if (!locale) return c < 0x80 ? static_cast<char32_t>(AsciiUpper(static_cast<char>(c))) : c;
-    return static_cast<char32_t>(towupper_l(static_cast<wint_t>(c), locale));
-}
+char32_t Upper(char32_t c) { return CaseMapping::Upper(c); }
 
 // windows-1252 code points of bytes 0x80..0x9F (0 where the byte is unused).
 constexpr std::array<char32_t, 32> kHigh = {

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include <meridex/frame/FileOps.h>
+#include <meridex/frame/Utf8.h>
 
 namespace meridex {
 namespace {
@@ -10,7 +11,7 @@ namespace {
 bool SameFile(const std::string& a, const std::string& b) {
     if (a == b) return true;
     std::error_code ec;
-    return std::filesystem::equivalent(a, b, ec) && !ec;
+    return std::filesystem::equivalent(utf8::ToPath(a), utf8::ToPath(b), ec) && !ec;
 }
 
 }  // namespace
@@ -28,7 +29,7 @@ bool UnreadableFiles::KeepBeforeReplacing(const std::string& target) {
     for (auto it = paths_.begin(); it != paths_.end(); ++it) {
         if (!SameFile(*it, target)) continue;
         std::error_code ec;
-        if (FileOps::KeepUnreadableFile(*it).empty() && std::filesystem::exists(*it, ec)) return false;
+        if (FileOps::KeepUnreadableFile(*it).empty() && std::filesystem::exists(utf8::ToPath(*it), ec)) return false;
         paths_.erase(it);
         return true;
     }

@@ -1,12 +1,23 @@
 #pragma once
 // Internal UTF-8 decoding shared by the text helpers and the XML views.
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
 namespace meridex::utf8 {
 
 inline constexpr char32_t kInvalid = 0xFFFFFFFF;
+
+// A UTF-8 path as a file system path, and back. A plain std::string would be
+// taken in the platform's narrow encoding, which on Windows is not UTF-8.
+inline std::filesystem::path ToPath(std::string_view text) {
+    return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}
+inline std::string FromPath(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return std::string(text.begin(), text.end());
+}
 
 // Decodes the character at text[pos] and advances pos past it. A byte that
 // does not start a well-formed sequence (overlong forms and surrogates

@@ -1,5 +1,6 @@
 #pragma once
 #include <chrono>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,7 +21,7 @@ public:
     // Starts path with the arguments; Started() is false when it could not.
     static StartedProgram Start(const std::string& path, const std::vector<std::string>& arguments);
 
-    bool Started() const noexcept { return id_ > 0; }
+    bool Started() const noexcept { return id_ != 0; }
     // True once the program has ended (it is then reaped).
     bool HasEnded();
     // Gives the program up to grace to end by itself, then ends it (with
@@ -28,7 +29,7 @@ public:
     void End(std::chrono::milliseconds grace = std::chrono::milliseconds(500));
 
 private:
-    long id_ = 0;
+    std::intptr_t id_ = 0;  // the process: its id on Linux, its handle on Windows
 };
 
 }  // namespace meridex

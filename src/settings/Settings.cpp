@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <vector>
 
+#include <meridex/frame/Utf8.h>
 #include <meridex/frame/FileOps.h>
 #include <meridex/frame/Text.h>
 #include <meridex/frame/XMLOps.h>
@@ -213,7 +214,7 @@ bool Settings::SaveSettings(const std::string& newSettingsFile) {
     try {
         if (!newSettingsFile.empty()) path_ = newSettingsFile;
         // Refused before an unreadable file is kept, so a refusal leaves no copy.
-        if (path_.empty() || IsReadOnlyFile(path_)) return false;
+        if (path_.empty() || IsReadOnlyFile(utf8::ToPath(path_))) return false;
         if (!unreadable_.KeepBeforeReplacing(path_)) return false;
         // References for everything above 127: read alike as UTF-8 and as windows-1252.
         std::string text = Text::XmlWithCharacterReferences(root_.Xml());

@@ -12,8 +12,9 @@ namespace meridex {
 /// path, parent folder, size and times. A plain value; it does not follow
 /// later changes of the file.
 ///
-/// "Created" is the birth time where the file system records it (statx),
-/// otherwise the time of the last status change, the nearest thing POSIX has.
+/// "Created" is the creation time on Windows; on Linux the birth time where
+/// the file system records it (statx), otherwise the time of the last status
+/// change, the nearest thing POSIX has.
 class MERIDEX_EXPORT FileInfo {
 public:
     /// None: no file.
@@ -39,11 +40,11 @@ public:
     std::uint64_t Size() const noexcept { return size_; }
 
     /// The time the file was made (see above), exactly as the file system keeps it.
-    const std::timespec& Created() const noexcept { return created_; }
+    const timespec& Created() const noexcept { return created_; }
     /// The time of the last access, exactly.
-    const std::timespec& Accessed() const noexcept { return accessed_; }
+    const timespec& Accessed() const noexcept { return accessed_; }
     /// The time of the last change of content, exactly.
-    const std::timespec& Modified() const noexcept { return modified_; }
+    const timespec& Modified() const noexcept { return modified_; }
 
     /// Created as a local calendar date, to the second.
     DateTime DateCreated() const { return DateTime::FromLocal(created_.tv_sec); }
@@ -57,9 +58,9 @@ private:
     std::string path_;
     std::string parent_;
     std::uint64_t size_ = 0;
-    std::timespec created_{};
-    std::timespec accessed_{};
-    std::timespec modified_{};
+    timespec created_{};
+    timespec accessed_{};
+    timespec modified_{};
 };
 
 }  // namespace meridex

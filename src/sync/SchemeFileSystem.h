@@ -9,7 +9,8 @@
 
 namespace meridex {
 
-/// The file operations scheme synchronisation needs, on POSIX. Copies never
+/// The file operations scheme synchronisation needs (each platform's folder
+/// has its own, on POSIX or the Windows API). Copies never
 /// damage what they replace: the bytes go to a hidden temporary file in the
 /// destination folder, which gets the source's times, is flushed to disk and
 /// only then renamed over the target. A failed copy removes its temporary
@@ -86,10 +87,11 @@ public:
     static std::string BackupName(const std::string& path, unsigned number);
 
 protected:
-    /// Moves all of in's bytes to out.
+    /// Moves all of in's bytes to out (C runtime descriptors on both platforms).
     virtual bool Transfer(int in, int out, std::string& error);
-    /// Sets out's access and modification times (times[0], times[1]).
-    virtual bool ApplyTimes(int out, const std::timespec times[2]);
+    /// Sets out's access and modification times (times[0], times[1]); on
+    /// Windows the copy is given the source's creation time as well.
+    virtual bool ApplyTimes(int out, const timespec times[2]);
     /// Makes out durable.
     virtual bool Flush(int out);
     /// Makes everything written to the file system holding folder durable.

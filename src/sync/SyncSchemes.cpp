@@ -5,13 +5,13 @@
 #include <cstring>
 #include <filesystem>
 #include <system_error>
-#include <sys/stat.h>
 #include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 
 #include <meridex/frame/Error.h>
 #include <meridex/frame/Text.h>
+#include <meridex/platform/FileSystem.h>
 
 namespace meridex {
 
@@ -42,8 +42,12 @@ bool IsSchemeExtension(const std::string& name) {
 
 std::string Absolute(const std::string& path) {
     std::error_code ec;
-    auto absolute = std::filesystem::absolute(path, ec);
-    return ec ? path : absolute.string();
+    // UTF-8 both ways, whatever the platform's narrow encoding is.
+    const std::filesystem::path absolute =
+        std::filesystem::absolute(std::filesystem::path(std::u8string(path.begin(), path.end())), ec);
+    if (ec) return path;
+    const std::u8string text = absolute.u8string();
+    return std::string(text.begin(), text.end());
 }
 
 // A root as the scan walks it: absolute, so every path found is a full path.
@@ -61,10 +65,9 @@ std::string BaseName(const std::string& name) { return name.substr(0, name.rfind
 void MakeFolders(const std::string& folder) {
     for (std::size_t end = folder.find('/', 1);; end = folder.find('/', end + 1)) {
         std::string part = folder.substr(0, end);
-        struct stat st {};
-        if (::mkdir(part.c_str(), 0777) != 0 && !(errno == EEXIST && ::stat(part.c_str(), &st) == 0 && S_ISDIR(st.st_mode)))
-            throw std::system_error(errno == EEXIST ? ENOTDIR : errno, std::generic_category(),
-                                    "Unable to create folder " + part);
+        int error = 0;
+        if (!FileSystem::CreateFolder(part, error))
+            throw std::system_error(error, std::generic_category(), "Unable to create folder " + part);
         if (end == std::string::npos) return;
     }
 }

@@ -11,3 +11,13 @@
 #include <meridex/ui/settings/frmProfiles.h>
 #include <meridex/ui/settings/frmSetPassword.h>
 #include <meridex/ui/settings/frmV4InputBox.h>
+#include <meridex/ui/comms/frmCommsMap.h>
+#include <meridex/ui/comms/frmNewCommsMapDevice.h>
+#include <meridex/ui/comms/frmSelectDevice.h>
+#include <meridex/ui/frame/DrawProgress.h>
+#include <meridex/ui/frame/ProgressPicture.h>
+#include <meridex/ui/addressbook/frmAddressBook.h>
+#include <meridex/ui/addressbook/frmImport.h>
+#include <meridex/ui/addressbook/frmNewSite.h>
+#include <meridex/ui/addressbook/frmSelectSite.h>
+#include <meridex/ui/firmware/frmFirmware.h>

@@ -38,6 +38,8 @@ def commands(ws):
     (remote / "North" / "Weir1.SXS").write_text("scheme")
     (local / "Gauge2.SXS").write_text("scheme")
     scheme = ws.schemes / "North" / "Hill Creek.xml"
+    (ws.root / "fw").mkdir()
+    ws.write("image.bin", "image")
     return [
         ["xml", "check", ws.settings],
         ["base64", "encode", "Pässwort"],
@@ -62,6 +64,8 @@ def commands(ws):
         ["comms", "map", ws.map, scheme],
         ["sync", remote, local],
         ["sync", remote, local, "--update-all"],
+        ["firmware", "pack", "--model", "WL400", "--version", "1.0", ws.root / "image.bin", ws.root / "fw" / "a.mxfw"],
+        ["firmware", "list", ws.root / "fw", "--model", "WL400", "--running", "1.0"],
     ]
 
 

@@ -1,15 +1,17 @@
 #pragma once
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "OsSupport.h"
 #include "TempDir.h"
 #include <meridex/comms/CommsProfileManager.h>
 #include <meridex/comms/ProfileXml.h>
 #include <meridex/frame/XmlDocument.h>
 #include <meridex/platform/SerialPortSource.h>
-#include <meridex/platform/linux/IniUserStore.h>
 
 namespace meridex::test {
 
@@ -42,13 +44,13 @@ public:
 // A manager over made-up ports and a store in a temporary folder.
 struct CommsFixture {
     explicit CommsFixture(std::initializer_list<int> present = {})
-        : ports(std::make_shared<FakePorts>(present)), store(std::make_shared<IniUserStore>(dir.File("config"))) {}
+        : ports(std::make_shared<FakePorts>(present)), store(MakeScratchUserStore(dir.File("config"))) {}
 
     std::unique_ptr<CommsProfileManager> Manager() const { return std::make_unique<CommsProfileManager>(ports, store); }
 
     TempDir dir;
     std::shared_ptr<FakePorts> ports;
-    std::shared_ptr<IniUserStore> store;
+    std::shared_ptr<UserStore> store;
 };
 
 // Names of the element children of a node, in order.
@@ -66,6 +68,21 @@ inline std::vector<std::string> Fields(const XmlNode& parent, std::string_view n
     std::vector<std::string> values;
     for (const XmlNode& profile : parent.SelectAll("PROFILE")) values.push_back(Field(profile, name));
     return values;
+}
+
+// A map of exactly the given profiles, not tied to a file.
+inline std::unique_ptr<CommsProfileManager> MapOf(CommsFixture& f, const std::string& profiles) {
+    std::string file = f.dir.Write("CommsProfiles.xml", "<COMMSPROFILES>" + profiles + "</COMMSPROFILES>");
+    auto m = f.Manager();
+    EXPECT_TRUE(m->LoadXMLMapFile(file));
+    m->setMapFile("");
+    return m;
+}
+
+// A direct profile on a port, named "Direct to COM<port>" unless named.
+inline std::string DirectProfile(const std::string& port, const std::string& name = "") {
+    return "<PROFILE><NAME>" + (name.empty() ? "Direct to COM" + port : name) +
+           "</NAME><TYPE>RS232</TYPE><METHOD>DIRECT</METHOD><COMMPORT>" + port + "</COMMPORT></PROFILE>";
 }
 
 }  // namespace meridex::test

@@ -48,8 +48,10 @@ protected:
         dir.Write("schemes/North/broken.xml", "<SCHEME><COMMS");
         dir.Write("schemes/North/notes.txt", "not a scheme");
         // A link back up the tree is not followed; a dangling one is no file.
-        std::filesystem::create_directory_symlink(root, root + "/North/loop");
-        std::filesystem::create_symlink(root + "/gone.xml", root + "/North/dangling.xml");
+        // (Where links cannot be made, as on Windows without the privilege, there are none to skip.)
+        std::error_code ec;
+        std::filesystem::create_directory_symlink(root, root + "/North/loop", ec);
+        std::filesystem::create_symlink(root + "/gone.xml", root + "/North/dangling.xml", ec);
         book.LoadAddressBook(dir.File("book.xml"));
     }
     TempDir dir;

@@ -11,6 +11,7 @@
 #include "CommsTestSupport.h"
 #include <meridex/comms/SystemOps.h>
 #include <meridex/platform/StartedProgram.h>
+#include <meridex/platform/linux/IniUserStore.h>
 #include <meridex/platform/linux/LinuxSerialPortSource.h>
 
 using namespace meridex;

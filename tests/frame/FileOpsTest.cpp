@@ -1,12 +1,6 @@
 #include <gtest/gtest.h>
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <csignal>
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 
@@ -65,91 +59,11 @@ TEST(FileOps, CreateFolderPathMakesParentsAndRefusesOtherForms) {
     EXPECT_THROW(CreateFolderPath(file + "/sub"), Error);
 }
 
-TEST(FileOps, DatesAndFileTimes) {
-    const DateTime date{2026, 11, 14, 9, 5, 31};
-    const SystemTime st = DateToSystemTime(date);
-    EXPECT_EQ(st.wYear, 2026);
-    EXPECT_EQ(st.wDayOfWeek, 0);
-    EXPECT_EQ(st.wMilliseconds, 0);
-    EXPECT_EQ(DateToFileTime({1601, 1, 1, 0, 0, 0}), 0);
-    EXPECT_EQ(DateToFileTime({1970, 1, 1, 0, 0, 0}), 116444736000000000LL);
-    EXPECT_EQ(DateToFileTime({1970, 1, 1, 0, 0, 1}), 116444736010000000LL);
-
-    test::TempDir dir;
-    const std::string file = dir.Write("f.txt", "x");
-    EXPECT_FALSE(SetFileDateTimes(file, date, {2020, 1, 2, 3, 4, 5}, {2021, 6, 7, 8, 9, 10}, false));
-    struct stat s {};
-    ASSERT_EQ(stat(file.c_str(), &s), 0);
-    EXPECT_EQ(DateTime::FromUtc(s.st_mtime), (DateTime{2021, 6, 7, 8, 9, 10}));
-    EXPECT_EQ(DateTime::FromUtc(s.st_atime), (DateTime{2020, 1, 2, 3, 4, 5}));
-    EXPECT_FALSE(SetFileDateTimes(file, date, date, date, true));
-    ASSERT_EQ(stat(file.c_str(), &s), 0);
-    EXPECT_EQ(DateTime::FromLocal(s.st_mtime), date);
-
-    EXPECT_TRUE(SetFileDateTimes(dir.File("missing"), date, date, date, true));
-    chmod(file.c_str(), 0444);
-    EXPECT_TRUE(SetFileDateTimes(file, date, date, date, true));
-}
-
-TEST(FileOps, AtomicWritesAndKeptFiles) {
-    test::TempDir dir;
-    const std::string target = dir.Write("book.xml", "old");
-    chmod(target.c_str(), 0640);
-    ASSERT_TRUE(WriteFileAtomic(target, "new"));
-    EXPECT_EQ(test::TempDir::Read(target), "new");
-    struct stat s {};
-    stat(target.c_str(), &s);
-    EXPECT_EQ(s.st_mode & 0777, 0640u);  // permissions kept
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path()), {}), 1);  // no temporary left
-
-    chmod(target.c_str(), 0444);
-    std::string error;
-    EXPECT_FALSE(WriteFileAtomic(target, "lost", &error));
-    EXPECT_NE(error.find("read-only"), std::string::npos);
-    EXPECT_EQ(test::TempDir::Read(target), "new");
-    chmod(target.c_str(), 0644);
-
-    const std::string kept = KeepUnreadableFile(target);
-    EXPECT_EQ(kept, target + ".unreadable");
-    ASSERT_TRUE(WriteFileAtomic(target, "replaced"));
-    EXPECT_EQ(test::TempDir::Read(kept), "new");
-    EXPECT_EQ(KeepUnreadableFile(target), target + ".unreadable-1");
-    EXPECT_EQ(KeepUnreadableFile(dir.File("missing")), "");
-}
-
 namespace {
 
-std::vector<std::string> Entries(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-}
+std::vector<std::string> Entries(const std::string& folder) { return test::TempDir::Entries(folder); }
 
 }  // namespace
-
-TEST(FileOps, SavesGoThroughSymbolicLinksToTheSharedFile) {
-    test::TempDir dir;
-    const std::string shared = dir.Write("shared/settings.xml", "old");
-    std::filesystem::create_directories(dir.File("user"));
-    std::filesystem::create_symlink("../shared/settings.xml", dir.File("user/link1.xml"));
-    std::filesystem::create_symlink(dir.File("user/link1.xml"), dir.File("user/settings.xml"));  // a chain
-
-    // The unreadable file is kept as the bytes the link leads to.
-    const std::string kept = KeepUnreadableFile(dir.File("user/settings.xml"));
-    ASSERT_TRUE(WriteFileAtomic(dir.File("user/settings.xml"), "new"));
-    EXPECT_EQ(test::TempDir::Read(kept), "old");
-    EXPECT_TRUE(std::filesystem::is_symlink(dir.File("user/settings.xml")));
-    EXPECT_EQ(test::TempDir::Read(shared), "new");
-    EXPECT_EQ(Entries(dir.File("shared")), std::vector<std::string>{"settings.xml"});
-
-    // A link to a file not made yet makes it; a loop is refused.
-    std::filesystem::create_symlink(dir.File("shared/later.xml"), dir.File("user/later.xml"));
-    ASSERT_TRUE(WriteFileAtomic(dir.File("user/later.xml"), "first"));
-    EXPECT_EQ(test::TempDir::Read(dir.File("shared/later.xml")), "first");
-    std::filesystem::create_symlink("loop", dir.File("user/loop"));
-    EXPECT_FALSE(WriteFileAtomic(dir.File("user/loop"), "x"));
-}
 
 TEST(FileOps, AFolderThatRefusesNewFilesGetsItsFileRewrittenInPlace) {
     test::TempDir dir;
@@ -199,53 +113,3 @@ TEST(FileOps, InjectedDiskFaultsLeaveTheTargetAndNoTemporary) {
     }
 }
 
-TEST(FileOps, ASaveRemovesTheTemporariesOfKilledSavesOfThatFileOnly) {
-    test::TempDir dir;
-    const std::string target = dir.Write("s.xml", "old");
-    const pid_t dead = fork();
-    if (dead == 0) _exit(0);
-    waitpid(dead, nullptr, 0);
-    const std::string deadTemp = ".s.xml.tmp-" + std::to_string(dead) + "-AbC123";
-    const std::string liveTemp = ".s.xml.tmp-1-XyZ789";  // process 1 is alive
-    const std::string otherFile = ".t.xml.tmp-" + std::to_string(dead) + "-AbC123";
-    for (const auto& name : {deadTemp, liveTemp, otherFile}) dir.Write(name, "partial");
-    // Saves before process numbers were in the name: an hour old is dead, a
-    // minute old may still be writing.
-    const struct timespec hourAgo[2] = {{time(nullptr) - 3700, 0}, {time(nullptr) - 3700, 0}};
-    utimensat(AT_FDCWD, dir.Write(".s.xml.tmp-Old123", "partial").c_str(), hourAgo, 0);
-    const std::string recentTemp = ".s.xml.tmp-New123";
-    dir.Write(recentTemp, "partial");
-    // A dead writer's temporary that someone still holds locked stays too.
-    const std::string heldTemp = ".s.xml.tmp-" + std::to_string(dead) + "-Held00";
-    const int held = open(dir.Write(heldTemp, "partial").c_str(), O_RDONLY);
-    ASSERT_EQ(flock(held, LOCK_EX), 0);
-    const pid_t holder = fork();  // a lock held by another process
-    if (holder == 0) {
-        pause();
-        _exit(0);
-    }
-    close(held);
-
-    ASSERT_TRUE(WriteFileAtomic(target, "new"));
-    EXPECT_EQ(Entries(dir.Path()), (std::vector<std::string>{liveTemp, heldTemp, recentTemp, otherFile, "s.xml"}));
-    kill(holder, SIGKILL);
-    waitpid(holder, nullptr, 0);
-    ASSERT_TRUE(WriteFileAtomic(target, "newer"));
-    EXPECT_EQ(Entries(dir.Path()), (std::vector<std::string>{liveTemp, recentTemp, otherFile, "s.xml"}));
-}
-
-// Run as an unprivileged user by the "unprivileged" test entry, where
-// permissions hold for real (root passes every permission check).
-TEST(FileOpsAsUser, AFolderWithoutWritePermissionStillSavesItsWritableFile) {
-    if (geteuid() == 0) GTEST_SKIP() << "needs an unprivileged user; the unprivileged test entry runs it";
-    test::TempDir dir;
-    const std::string target = dir.Write("locked/s.xml", "old");
-    ASSERT_EQ(chmod(dir.File("locked").c_str(), 0555), 0);
-    ASSERT_TRUE(WriteFileAtomic(target, "new"));
-    EXPECT_EQ(test::TempDir::Read(target), "new");
-    EXPECT_EQ(Entries(dir.File("locked")), std::vector<std::string>{"s.xml"});
-    EXPECT_FALSE(WriteFileAtomic(dir.File("locked/other.xml"), "x"));
-    chmod(target.c_str(), 0444);
-    EXPECT_FALSE(WriteFileAtomic(target, "lost"));
-    EXPECT_EQ(test::TempDir::Read(target), "new");
-}

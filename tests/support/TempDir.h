@@ -1,5 +1,6 @@
 #pragma once
 #include <string>
+#include <vector>
 
 namespace meridex::test {
 
@@ -18,6 +19,8 @@ public:
     // Writes a file (parents created) and returns its path.
     std::string Write(const std::string& name, const std::string& contents) const;
     static std::string Read(const std::string& path);
+    // The names in a folder, sorted.
+    static std::vector<std::string> Entries(const std::string& folder);
 
 private:
     std::string path_;

@@ -10,12 +10,7 @@ using namespace meridex::test;
 
 namespace {
 
-std::vector<std::string> Names(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-}
+std::vector<std::string> Names(const std::string& folder) { return TempDir::Entries(folder); }
 
 }  // namespace
 
@@ -27,11 +22,14 @@ TEST(SchemeFileSystem, CopyGivesTheSourcesExactTimesAndTheTargetsMode) {
     SchemeFileSystem fs;
     std::string error;
     ASSERT_EQ(fs.CopyFile(source, target, false, error), SchemeFileSystem::CopyResult::Copied) << error;
-    struct stat st = StatOf(target);  // before reading it moves the access time
-    EXPECT_EQ(st.st_mtim.tv_sec, 1700000000);
-    EXPECT_EQ(st.st_mtim.tv_nsec, 123456789);
-    EXPECT_EQ(st.st_atim.tv_sec, 1700000000 - 86400);
-    EXPECT_EQ(st.st_mode & 07777, 0640u);
+    FileInfo st = StatOf(target);  // before reading it moves the access time
+    EXPECT_EQ(st.Modified().tv_sec, 1700000000);
+    EXPECT_EQ(st.Modified().tv_nsec, 123456789);
+    EXPECT_EQ(st.Accessed().tv_sec, 1700000000 - 86400);
+#ifndef _WIN32  // no permission bits there
+    EXPECT_EQ(std::filesystem::status(target).permissions() & std::filesystem::perms::mask,
+              std::filesystem::perms(0640));
+#endif
     EXPECT_EQ(TempDir::Read(target), "new scheme");
     EXPECT_EQ(Names(dir.File("b")), std::vector<std::string>{"Site.SXS"});
 }
@@ -46,7 +44,7 @@ TEST(SchemeFileSystem, BackupTakesTheFirstFreeNumberAndKeepsTheOldBytesAndTimes)
     EXPECT_EQ(fs.BackupFile(file, error), file + "~0001.BAK");
     EXPECT_EQ(TempDir::Read(file + "~0000.BAK"), "older backup");
     EXPECT_EQ(TempDir::Read(file + "~0001.BAK"), "v1");
-    EXPECT_EQ(StatOf(file + "~0001.BAK").st_mtim.tv_sec, 1600000000);
+    EXPECT_EQ(StatOf(file + "~0001.BAK").Modified().tv_sec, 1600000000);
 
     // Replacing the file afterwards leaves the backup as it was.
     std::string source = WriteDated(dir, "new/Site.SXS", "v2", 1700000000);
@@ -77,7 +75,7 @@ TEST(SchemeFileSystem, AFailedCopyLeavesTheTargetUntouchedAndNoTemporaryFile) {
     EXPECT_EQ(fs.CopyFile(source, dir.File("b/Other.SXS"), true, error), SchemeFileSystem::CopyResult::Failed);
 
     EXPECT_EQ(TempDir::Read(target), "the only good copy");
-    EXPECT_EQ(StatOf(target).st_mtim.tv_nsec, 5);
+    EXPECT_EQ(StatOf(target).Modified().tv_nsec, 5);
     // Renames that fail, one copy at a time and as a batch.
     for (int code : {ENOSPC, EIO}) {
         fs.failRename = code;
@@ -98,6 +96,6 @@ TEST(SchemeFileSystem, AFailedCopyLeavesTheTargetUntouchedAndNoTemporaryFile) {
     EXPECT_NE(error.find("No such file"), std::string::npos);
 
     EXPECT_EQ(TempDir::Read(target), "the only good copy");
-    EXPECT_EQ(StatOf(target).st_mtim.tv_nsec, 5);
+    EXPECT_EQ(StatOf(target).Modified().tv_nsec, 5);
     EXPECT_EQ(Names(dir.File("b")), (std::vector<std::string>{"Other.SXS", "Site.SXS"}));
 }

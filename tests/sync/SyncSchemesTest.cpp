@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "SyncTestSupport.h"
+#include <meridex/frame/FileOps.h>
 #include <meridex/sync/SyncSchemes.h>
 
 using namespace meridex;
@@ -21,12 +22,7 @@ std::vector<std::string> Keys(const SchemeFileCollection& list) {
 
 
 // Names in a folder, hidden temporary files included.
-std::vector<std::string> Names(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-}
+std::vector<std::string> Names(const std::string& folder) { return TempDir::Entries(folder); }
 
 struct Trees {
     TempDir dir;
@@ -90,7 +86,7 @@ TEST(SyncSchemes, AMissingRootIsAnEmptySideAndACancelledScanSortsNothing) {
     t.L("B.SXS", "b", T);
     SyncSchemes sync;
     // Relative roots: the files found still carry their full paths.
-    std::string cwd = fs::current_path();
+    const fs::path cwd = fs::current_path();
     fs::current_path(t.dir.Path());
     sync.GetSchemeList("no such folder", "local/");
     fs::current_path(cwd);
@@ -124,7 +120,7 @@ TEST(SyncSchemes, UpdateCopiesTheListedExtensionsWithExactTimesAndBacksUpWhatItR
     t.L("Sub Dir/Site2.SXS", "another family", T);
     t.R("SUB DIR/site.sxs", "old sxs", T);  // the remote spelling is kept
     t.L("Ünïcödé/Mëter.SXS", "unicode", T);
-    t.L("Odd/a\\b.SXS", "a back slash is part of a name here", T);
+    if (!kBackSlashSeparates) t.L("Odd/a\\b.SXS", "a back slash is part of a name here", T);
 
     SyncSchemes sync;
     RecordedEvents events;
@@ -133,23 +129,26 @@ TEST(SyncSchemes, UpdateCopiesTheListedExtensionsWithExactTimesAndBacksUpWhatItR
     sync.NewerLocalFiles().Item("/SUB DIR/SITE.SXS").setSyncOptions(syncUpdate);
     sync.NewerLocalFiles().Item("/ÜNÏCÖDÉ/MËTER.SXS").setSyncOptions(syncUpdate);
     sync.NewerLocalFiles().Item("/SUB DIR/SITE.SXS1").setSyncOptions(syncUpdate);  // the same family again
-    sync.NewerLocalFiles().Item("/ODD/A\\B.SXS").setSyncOptions(syncUpdate);
+    if (!kBackSlashSeparates) sync.NewerLocalFiles().Item("/ODD/A\\B.SXS").setSyncOptions(syncUpdate);
     sync.Sync();
     EXPECT_EQ(sync.Errors().Count(), 0);
-    ASSERT_EQ(events.copies.size(), 4u);
+    ASSERT_EQ(events.copies.size(), kBackSlashSeparates ? 3u : 4u);
     EXPECT_NE(std::find(events.copies.begin(), events.copies.end(), t.local + "/Sub Dir/Site -> " + t.remote + "/SUB DIR/"),
               events.copies.end());
-    EXPECT_EQ(events.progress, (std::vector<int>{0, 25, 50, 75}));
+    const std::vector<int> progress = kBackSlashSeparates ? std::vector<int>{0, 33, 67} : std::vector<int>{0, 25, 50, 75};
+    EXPECT_EQ(events.progress, progress);
 
     // New names take the extension in upper case; existing ones keep theirs.
     EXPECT_EQ(Names(t.remote + "/SUB DIR"),
               (std::vector<std::string>{"Site.BAK", "Site.XML", "site.sxs", "site.sxs~0000.BAK"}));
-    EXPECT_EQ(Names(t.remote + "/Odd"), std::vector<std::string>{"a\\b.SXS"});
+    if (!kBackSlashSeparates) {
+        EXPECT_EQ(Names(t.remote + "/Odd"), std::vector<std::string>{"a\\b.SXS"});
+    }
     EXPECT_EQ(TempDir::Read(t.remote + "/SUB DIR/site.sxs"), "new sxs");
     EXPECT_EQ(TempDir::Read(t.remote + "/SUB DIR/site.sxs~0000.BAK"), "old sxs");
-    struct stat st = StatOf(t.remote + "/SUB DIR/Site.XML");
-    EXPECT_EQ(st.st_mtim.tv_sec, T + 5);
-    EXPECT_EQ(st.st_mtim.tv_nsec, 222);
+    FileInfo st = StatOf(t.remote + "/SUB DIR/Site.XML");
+    EXPECT_EQ(st.Modified().tv_sec, T + 5);
+    EXPECT_EQ(st.Modified().tv_nsec, 222);
     EXPECT_EQ(TempDir::Read(t.remote + "/Ünïcödé/Mëter.SXS"), "unicode");
 
     // Afterwards the two sides are in step.
@@ -171,7 +170,7 @@ TEST(SyncSchemes, RevertingTwiceKeepsBothBackups) {
         sync.NewerLocalFiles().Item(1).setSyncOptions(syncRevert);
         sync.Sync();
         EXPECT_EQ(TempDir::Read(t.local + "/Site.SXS"), "remote v1");
-        EXPECT_EQ(StatOf(t.local + "/Site.SXS").st_mtim.tv_sec, T);
+        EXPECT_EQ(StatOf(t.local + "/Site.SXS").Modified().tv_sec, T);
     }
     EXPECT_EQ(TempDir::Read(t.local + "/Site.SXS~0000.BAK"), "local v2");
     EXPECT_EQ(TempDir::Read(t.local + "/Site.SXS~0001.BAK"), "local v3");
@@ -288,10 +287,10 @@ TEST(SyncSchemes, AnUnreadableFolderIsSkippedAndNothingUnderItIsCalledOneSided) 
 TEST(SyncSchemes, AVeryDeepTreeIsScannedWithoutRecursion) {
     Trees t;
     std::string deep = "local";
-    mkdir(t.local.c_str(), 0755);
     for (int level = 0; level < 1000; ++level) {
         deep += "/d";
-        ASSERT_EQ(mkdir(t.dir.File(deep).c_str(), 0755), 0);
+        // Longer than the classic path limit: the library's own call makes it on Windows too.
+        ASSERT_NO_THROW(FileOps::CreateFolderPath(t.dir.File(deep)));
     }
     WriteDated(t.dir, deep + "/Deep.SXS", "deep", T);
     SyncSchemes sync;
@@ -341,7 +340,7 @@ TEST(SyncSchemes, AWriteProtectedFileFailsItsFamilyUnlessReplacingIsAllowed) {
 }
 
 TEST(SyncSchemesAsUser, AFolderClosedToWritingFailsItsFamiliesAndChangesNothing) {
-    if (geteuid() == 0) GTEST_SKIP() << "needs an unprivileged user; the unprivileged test entry runs it";
+    if (const char* why = WhyFolderPermissionsCannotBeTested()) GTEST_SKIP() << why;
     Trees t;
     t.L("Site.SXS", "new", T + 9);
     t.R("Site.SXS", "old", T);

@@ -1,13 +1,11 @@
 #pragma once
-#include <fcntl.h>
-#include <sys/stat.h>
-
+#include <cerrno>
 #include <ctime>
 #include <string>
 #include <vector>
 
+#include "OsSupport.h"
 #include "TempDir.h"
-#include <unistd.h>
 
 #include <meridex/sync/SchemeFileSystem.h>
 #include <meridex/sync/SyncEvents.h>
@@ -19,16 +17,12 @@ namespace meridex::test {
 inline std::string WriteDated(const TempDir& dir, const std::string& name, const std::string& contents,
                               std::time_t seconds, long nanos = 0) {
     std::string path = dir.Write(name, contents);
-    struct timespec times[2] = {{seconds - 86400, nanos}, {seconds, nanos}};
-    utimensat(AT_FDCWD, path.c_str(), times, 0);
+    SetFileTimes(path, timespec{seconds - 86400, nanos}, timespec{seconds, nanos});
     return path;
 }
 
-inline struct stat StatOf(const std::string& path) {
-    struct stat st {};
-    stat(path.c_str(), &st);
-    return st;
-}
+// What is known of a file now: its times as the file system keeps them.
+inline FileInfo StatOf(const std::string& path) { return FileInfo::FromPath(path); }
 
 struct RecordedEvents : SyncEvents {
     std::vector<std::string> found;
@@ -70,11 +64,11 @@ protected:
     bool Transfer(int in, int out, std::string& error) override {
         if (transferBytesBeforeFailure < 0) return SchemeFileSystem::Transfer(in, out, error);
         std::string half(static_cast<std::size_t>(transferBytesBeforeFailure), 'x');
-        (void)!write(out, half.data(), half.size());
+        WriteToDescriptor(out, half);  // as a copy cut off part-way would have
         error = "Input/output error";
         return false;
     }
-    bool ApplyTimes(int out, const std::timespec times[2]) override {
+    bool ApplyTimes(int out, const timespec times[2]) override {
         return !failTimes && SchemeFileSystem::ApplyTimes(out, times);
     }
     bool Flush(int out) override {

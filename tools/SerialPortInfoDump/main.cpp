@@ -6,6 +6,7 @@
 // devices. The file is written atomically: once it exists it is complete.
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include <meridex/comms/PortSnapshot.h>
 #include <meridex/comms/PortsFile.h>
@@ -14,8 +15,9 @@
 
 int main(int argc, char** argv) {
     using namespace meridex;
-    std::string folder = argc > 1 ? argv[1] : PortsFile::Folder(Platform::ProgramFolder());
-    if (argc > 2 || folder.empty() || folder == "-h" || folder == "--help") {
+    const std::vector<std::string> arguments = Platform::Utf8Arguments(argc, argv);
+    std::string folder = arguments.size() > 1 ? arguments[1] : PortsFile::Folder(Platform::ProgramFolder());
+    if (arguments.size() > 2 || folder.empty() || folder == "-h" || folder == "--help") {
         std::fprintf(stderr, "usage: SerialPortInfoDump [FOLDER]\n");
         return 2;
     }

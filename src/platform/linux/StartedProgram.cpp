@@ -12,19 +12,6 @@ extern char** environ;
 
 namespace meridex {
 
-StartedProgram::StartedProgram(StartedProgram&& other) noexcept : id_(other.id_) { other.id_ = 0; }
-
-StartedProgram& StartedProgram::operator=(StartedProgram&& other) noexcept {
-    if (this != &other) {
-        End();
-        id_ = other.id_;
-        other.id_ = 0;
-    }
-    return *this;
-}
-
-StartedProgram::~StartedProgram() { End(); }
-
 StartedProgram StartedProgram::Start(const std::string& path, const std::vector<std::string>& arguments) {
     StartedProgram program;
     std::vector<std::string> words{path};

@@ -23,4 +23,16 @@ std::string FailureText(std::string_view context, const TrappedFailure& failure)
     return std::string(context) + " : " + std::to_string(failure.number) + "-" + failure.description;
 }
 
+bool TrapAndShow(const std::shared_ptr<UserInterface>& ui, std::string_view context,
+                 const std::function<void()>& body) noexcept {
+    const auto failure = Trap(body);
+    if (!failure) return true;
+    // The report itself must not throw back into Qt either.
+    Trap([&] {
+        const auto shown = ui ? ui : UserInterface::Current();
+        shown->MessageBox(FailureText(context, *failure), MessageButtons::OK, MessageIcon::Exclamation, {});
+    });
+    return false;
+}
+
 }  // namespace meridex::ui

@@ -2,11 +2,14 @@
 // Internal to the dialog library: how an event handler traps its own failures.
 #include <cstdint>
 #include <exception>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include <meridex/frame/Error.h>
+#include <meridex/frame/UserInterface.h>
 
 namespace meridex::ui {
 
@@ -35,5 +38,11 @@ std::optional<TrappedFailure> Trap(Body&& body) noexcept {
 /// The warning text of a trapped failure: context, " : ", the number, "-", the description
 /// ("frmProfiles:cmdLock_Click : 5-Invalid procedure call or argument").
 std::string FailureText(std::string_view context, const TrappedFailure& failure);
+
+/// Runs body; a failure it raises is shown through ui (null: the installed interface) in an
+/// exclamation box with FailureText, as dialogs report a failed handler and stay open. True when
+/// body ran to its end.
+bool TrapAndShow(const std::shared_ptr<UserInterface>& ui, std::string_view context,
+                 const std::function<void()>& body) noexcept;
 
 }  // namespace meridex::ui

@@ -1,5 +1,11 @@
 #include <meridex/ui/settings/V4Dialogs.h>
 
+#include <meridex/ui/comms/frmCommsMap.h>
+#include <meridex/ui/comms/frmNewCommsMapDevice.h>
+#include <meridex/ui/comms/frmSelectDevice.h>
+#include <meridex/ui/addressbook/frmAddressBook.h>
+#include <meridex/ui/addressbook/frmSelectSite.h>
+
 namespace meridex::ui {
 
 V4Dialogs::V4Dialogs(std::shared_ptr<UserInterface> ui) : ui_(std::move(ui)) {}
@@ -19,12 +25,42 @@ std::string V4Dialogs::SetPassword() const { return ui()->SetPassword(); }
 
 bool V4Dialogs::EnterPassword(const std::string& password) const { return ui()->EnterPassword(password); }
 
-void V4Dialogs::OpenAddressBook(const std::string&, const std::string&, const std::string&) const {}
+void V4Dialogs::OpenAddressBook(const std::string& addressBookFile, const std::string& commsMapFile,
+                                const std::string& schemesFolder) const {
+    frmAddressBook editor(ui_);
+    editor.LoadAddressBook(addressBookFile, commsMapFile, schemesFolder);
+    editor.exec();
+}
 
-XmlNode V4Dialogs::SelectSiteCommsProfiles(AddressBook&) const { return {}; }
+XmlNode V4Dialogs::SelectSiteCommsProfiles(AddressBook& addressBook) const {
+    frmSelectSite dialog;
+    dialog.setAddressBook(&addressBook);
+    dialog.exec();
+    return dialog.SelectedProfile();
+}
 
-XmlNode V4Dialogs::SelectNewCommsDevice() const { return {}; }
+void V4Dialogs::setCommsSources(std::shared_ptr<SerialPortSource> ports, std::shared_ptr<UserStore> store) {
+    ports_ = std::move(ports);
+    store_ = std::move(store);
+}
 
-void V4Dialogs::EditCommunicationsMap(const std::string&) const {}
+XmlNode V4Dialogs::SelectNewCommsDevice() const {
+    frmNewCommsMapDevice form(ports_, store_);
+    form.exec();
+    return form.NewDevice();
+}
+
+XmlNode V4Dialogs::SelectCommsDevice(CommsProfileManager& map) const {
+    frmSelectDevice form;
+    form.setCommunicationsManager(&map);
+    form.exec();
+    return form.SelectedDevice();
+}
+
+void V4Dialogs::EditCommunicationsMap(const std::string& commsMapFile) const {
+    frmCommsMap form(ui_, ports_, store_);
+    form.LoadMap(commsMapFile);
+    form.exec();
+}
 
 }  // namespace meridex::ui

@@ -6,9 +6,12 @@
 
 #include <meridex/frame/UserInterface.h>
 #include <meridex/frame/XmlNode.h>
+#include <meridex/platform/SerialPortSource.h>
+#include <meridex/platform/UserStore.h>
 
 namespace meridex {
 class AddressBook;
+class CommsProfileManager;
 }
 
 namespace meridex::ui {
@@ -30,24 +33,35 @@ public:
     /// True when the person types exactly password; false when the entry differs or is cancelled.
     bool EnterPassword(const std::string& password) const;
 
-    /// The address book editor on these files. Not connected yet: does nothing visible until the
-    /// address book editor comes.
+    /// Opens the address book editor (`frmAddressBook`) modally on these files; the book is saved
+    /// when the editor closes.
     void OpenAddressBook(const std::string& addressBookFile, const std::string& commsMapFile,
                          const std::string& schemesFolder) const;
-    /// The `PROFILE` element of the site chosen in the site-profile selection dialog, or null. Not
-    /// connected yet: shows nothing and answers null until that dialog comes.
+    /// The `PROFILE` element (the book's own, not a copy) of the site chosen in the site-selection
+    /// dialog (`frmSelectSite`), or null when none was chosen.
     XmlNode SelectSiteCommsProfiles(AddressBook& addressBook) const;
-    /// The new device profile built in the new-device dialog, or null. Not connected yet: shows
-    /// nothing and answers null until that dialog comes.
+    /// The new device profile built in the new-device dialog (`frmNewCommsMapDevice`, its
+    /// NewDevice), or null when cancelled. The profile lives in a scratch map of its own; give it to
+    /// CommsProfileManager::AddApplicationProfile to add it to a map with a fresh key.
     XmlNode SelectNewCommsDevice() const;
-    /// The editor of the whole communications map on commsMapFile. Not connected yet: does nothing
-    /// visible until that editor comes.
+    /// The profile of map chosen in the device-selection dialog (`frmSelectDevice`, its
+    /// SelectedDevice): the map's own element, or null when nothing was chosen or it was cancelled.
+    /// The device-selection dialog has this operation of its own, so that SelectNewCommsDevice keeps
+    /// answering a new device as the facade's table has it.
+    XmlNode SelectCommsDevice(CommsProfileManager& map) const;
+    /// Opens the editor of the whole communications map (`frmCommsMap`) on commsMapFile (its LoadMap)
+    /// and returns when it has closed; the file changes only when the person confirms with OK.
     void EditCommunicationsMap(const std::string& commsMapFile) const;
+
+    /// The serial ports and per-user store that the device dialogs' maps use (null: this PC's).
+    void setCommsSources(std::shared_ptr<SerialPortSource> ports, std::shared_ptr<UserStore> store);
 
 private:
     std::shared_ptr<UserInterface> ui() const;
 
     std::shared_ptr<UserInterface> ui_;
+    std::shared_ptr<SerialPortSource> ports_;
+    std::shared_ptr<UserStore> store_;
 };
 
 }  // namespace meridex::ui

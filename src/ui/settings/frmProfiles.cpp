@@ -62,6 +62,9 @@ QPushButton* Button(const QString& name, const QString& caption, QWidget* parent
     return button;
 }
 
+// What a handler meets when the object it needs is missing.
+Error NotSet() { return Error(91, "frmProfiles", "Object variable or With block variable not set"); }
+
 }  // namespace
 
 frmProfiles::frmProfiles(std::shared_ptr<UserInterface> ui, QWidget* parent) : QDialog(parent), ui_(std::move(ui)) {
@@ -151,6 +154,11 @@ void frmProfiles::ShowModal(Settings& settings, QWidget* owner, std::shared_ptr<
     form.exec();
 }
 
+Settings& frmProfiles::Edited() const {
+    if (!settings_) throw NotSet();
+    return *settings_;
+}
+
 std::shared_ptr<UserInterface> frmProfiles::ui() const { return ui_ ? ui_ : UserInterface::Current(); }
 
 void frmProfiles::Guard(const char* context, const std::function<void()>& body) {
@@ -174,7 +182,7 @@ void frmProfiles::LoadProfiles() {
         cboCurrentProfile->clear();
         QList<QTreeWidgetItem*> rows;
         QStringList keys;
-        const XmlNode collection = settings_->Profiles().XMLNode();
+        const XmlNode collection = Edited().Profiles().XMLNode();
         for (XmlNode node = collection.FirstChildElement("PROFILE"); !node.IsNull();
              node = node.NextSiblingElement("PROFILE")) {
             const QString key = Q(Profile(node).Key());
@@ -188,7 +196,7 @@ void frmProfiles::LoadProfiles() {
         cboCurrentProfile->addItems(keys);
         if (!rows.isEmpty()) {
             qsizetype selected = 0;
-            const Profile current = settings_->CurrentProfile();
+            const Profile current = Edited().CurrentProfile();
             if (!current.IsNull()) {
                 const std::string currentKey = current.Key();
                 for (qsizetype i = 0; i < keys.size(); ++i) {
@@ -209,10 +217,10 @@ void frmProfiles::LoadSelectedProfile() {
     Guard("frmProfiles:LoadSelectedProfile", [&] {
         const Filling filling(filling_);
         lvFeatures->clear();
-        loaded_ = Profile(XmlNode{});
+        loaded_ = Profile::None();
         const QTreeWidgetItem* selected = lvProfiles->currentItem();
         if (!selected) return;
-        loaded_ = settings_->Profiles().Item(ItemKey(selected).toStdString());
+        loaded_ = Edited().Profiles().Item(ItemKey(selected).toStdString());
         if (loaded_.IsNull()) return;
         QList<QTreeWidgetItem*> rows;
         for (XmlNode node = loaded_.XMLNode().FirstChildElement("FEATURE"); !node.IsNull();
@@ -245,9 +253,10 @@ void frmProfiles::lvProfiles_ItemClick() {
 
 void frmProfiles::cboCurrentProfile_Click() {
     Guard("frmProfiles:cboCurrentProfile_Click", [&] {
+        Settings& settings = Edited();
         const std::string chosen = cboCurrentProfile->currentText().toStdString();
-        settings_->setCurrentProfile(settings_->Profiles().Item(chosen));
-        settings_->SetString(kCurrentProfile, chosen);
+        settings.setCurrentProfile(settings.Profiles().Item(chosen));
+        settings.SetString(kCurrentProfile, chosen);
     });
 }
 
@@ -260,28 +269,30 @@ void frmProfiles::lvFeatures_ItemCheck(QTreeWidgetItem* item) {
 
 void frmProfiles::cmdAddProfile_Click() {
     Guard("frmProfiles:cmdAddProfile_Click", [&] {
+        Settings& settings = Edited();
         const std::string name = V4Dialogs(ui()).InputBox("Enter new profile name", "New Profile");
         if (name.empty()) return;
-        if (!settings_->Profiles().Item(name).IsNull()) {
+        if (!settings.Profiles().Item(name).IsNull()) {
             ui()->MessageBox("Profile \"" + name + "\" already exists", MessageButtons::OK, MessageIcon::None, {});
             return;
         }
         const Profile profile = V4StandardProfiles::GetDefaultProfile();
         profile.setKey(name);
-        settings_->Profiles().Add(profile);
+        settings.Profiles().Add(profile);
         LoadProfiles();
     });
 }
 
 void frmProfiles::cmdDeleteProfile_Click() {
     Guard("frmProfiles:cmdDeleteProfile_Click", [&] {
-        const Profiles profiles = settings_->Profiles();
+        Settings& settings = Edited();
+        const Profiles profiles = settings.Profiles();
         if (profiles.Count() == 1) {
             ui()->MessageBox("You must have at least one profile", MessageButtons::OK, MessageIcon::Critical, {});
             return;
         }
         QTreeWidgetItem* selected = lvProfiles->currentItem();
-        if (!selected) throw Error(91, "frmProfiles", "Object variable or With block variable not set");
+        if (!selected) throw NotSet();
         const QString key = ItemKey(selected);
         if (ui()->MessageBox("Delete profile: " + key.toStdString(), MessageButtons::OKCancel, MessageIcon::Information,
                              {}, MessageDefaultButton::Second) == MessageResult::Cancel)
@@ -289,7 +300,7 @@ void frmProfiles::cmdDeleteProfile_Click() {
 
         const int index = lvProfiles->indexOfTopLevelItem(selected) + 1;
         const Profile removed = profiles.Item(index);
-        const Profile current = settings_->CurrentProfile();
+        const Profile current = settings.CurrentProfile();
         const bool wasCurrent = !current.IsNull() && !removed.IsNull() && current.XMLNode() == removed.XMLNode();
         profiles.Remove(index);
         {
@@ -303,7 +314,7 @@ void frmProfiles::cmdDeleteProfile_Click() {
             }
             if (wasCurrent && cboCurrentProfile->count() > 0) {
                 cboCurrentProfile->setCurrentIndex(0);
-                settings_->setCurrentProfile(profiles.Item(cboCurrentProfile->itemText(0).toStdString()));
+                settings.setCurrentProfile(profiles.Item(cboCurrentProfile->itemText(0).toStdString()));
             }
             if (lvProfiles->topLevelItemCount() > 0) lvProfiles->setCurrentItem(lvProfiles->topLevelItem(0));
         }
@@ -313,28 +324,29 @@ void frmProfiles::cmdDeleteProfile_Click() {
 
 void frmProfiles::cmdLock_Click() {
     Guard("frmProfiles:cmdLock_Click", [&] {
-        if (!settings_->GetBoolean(kUnlocked, true)) {
-            const std::string stored = settings_->GetString(kPassword, "");
+        Settings& settings = Edited();
+        if (!settings.GetBoolean(kUnlocked, true)) {
+            const std::string stored = settings.GetString(kPassword, "");
             if (!stored.empty()) {
                 if (!V4Dialogs(ui()).EnterPassword(DecodePassword(stored))) {
                     ui()->MessageBox("Invalid password", MessageButtons::OK, MessageIcon::Exclamation, {});
                     return;
                 }
                 SetLockState(true);
-                settings_->SetBoolean(kUnlocked, true, true);
+                settings.SetBoolean(kUnlocked, true, true);
                 // Unlocking forgets the password on purpose: the next lock asks for a new one.
-                settings_->SetString(kPassword, "", true);
+                settings.SetString(kPassword, "", true);
             } else {
                 SetLockState(true);
-                settings_->SetBoolean(kUnlocked, true, true);
+                settings.SetBoolean(kUnlocked, true, true);
             }
             return;
         }
         const std::string password = V4Dialogs(ui()).SetPassword();
         if (password.empty()) return;
         SetLockState(false);
-        settings_->SetString(kPassword, EncodePassword(password), true);
-        settings_->SetBoolean(kUnlocked, false, true);
+        settings.SetString(kPassword, EncodePassword(password), true);
+        settings.SetBoolean(kUnlocked, false, true);
     });
 }
 

@@ -67,6 +67,8 @@ public:
 
 private:
     std::shared_ptr<UserInterface> ui() const;
+    // The settings being edited; a handler run before they are given fails with error 91.
+    Settings& Edited() const;
     // Runs a handler's body; a failure is shown in a warning box and ends the handler.
     void Guard(const char* context, const std::function<void()>& body);
     void BuildControls();
@@ -74,7 +76,7 @@ private:
     std::shared_ptr<UserInterface> ui_;
     Settings* settings_ = nullptr;
     // The profile whose features lvFeatures shows; null when none is loaded.
-    Profile loaded_{XmlNode{}};
+    Profile loaded_ = Profile::None();
     // True while the editor fills its own lists, so that their signals are not taken for the user's.
     bool filling_ = false;
 

@@ -12,7 +12,8 @@ TEST(ImageKeys, EveryKeyTheDialogsUseHasItsOwnPicture) {
     const QStringList used = {"USER",       "ADDRBOOK", "CLOSEDGROUP", "OPENGROUP",   "SITE",       "PHONE",
                               "SCHEME",     "TREE",     "CARDFILE",    "CARD",        "DIRECT",     "PHONEMODEM",
                               "IP",         "UNKNOWN",  "QUESTION",    "MAP",         "ADDGROUP",   "DELETEGROUP",
-                              "ADDSITE",    "DELETESITE", "ADDPARAM",  "DELETEPARAM", "EDITPARAM"};
+                              "ADDSITE",    "DELETESITE", "ADDPARAM",  "DELETEPARAM", "EDITPARAM",
+                              "FIRMWARE",   "FIRMWARERUNNING"};
     const QStringList drawn = ImageKeys();
     for (const QString& key : used) {
         EXPECT_TRUE(drawn.contains(key)) << key.toStdString();

@@ -315,6 +315,26 @@ TEST_F(ProfileEditor, AFailureIsShownAsAWarningAndTheEditorStaysOpen) {
     EXPECT_EQ(Control<QPushButton>("cmdLock")->text(), "Unlock");
 }
 
+TEST(ProfileEditorWithoutSettings, EveryHandlerReportsTheMissingSettingsInsteadOfCrashing) {
+    const auto ui = std::make_shared<RecordingUserInterface>();
+    frmProfiles form(ui);
+    form.show();
+    for (const char* name : {"cmdAddProfile", "cmdDeleteProfile", "cmdLock"}) Click(Child<QPushButton>(&form, name));
+    form.LoadProfiles();
+    std::vector<std::string> texts;
+    for (const auto& message : ui->Messages()) {
+        texts.push_back(message.text);
+        EXPECT_EQ(message.icon, MessageIcon::Exclamation);
+    }
+    const std::string notSet = " : 91-Object variable or With block variable not set";
+    EXPECT_EQ(texts, (std::vector<std::string>{"frmProfiles:cmdAddProfile_Click" + notSet,
+                                               "frmProfiles:cmdDeleteProfile_Click" + notSet,
+                                               "frmProfiles:cmdLock_Click" + notSet,
+                                               "frmProfiles:LoadProfiles" + notSet}));
+    EXPECT_TRUE(ui->Inputs().empty()) << "no name is asked for when there is nowhere to add it";
+    EXPECT_TRUE(form.isVisible());
+}
+
 // The whole path a host takes: the Qt dialogs installed, ShowProfileEditor over an owner window,
 // the real editor and the real input box, and the file saved when the editor closes.
 TEST(ProfileEditorRoundTrip, ShowProfileEditorEditsModallyAndSavesOnClose) {

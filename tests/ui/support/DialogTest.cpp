@@ -1,5 +1,7 @@
 #include "DialogTest.h"
 
+#include <algorithm>
+
 #include <QApplication>
 #include <QDialog>
 #include <QTest>
@@ -59,8 +61,10 @@ ModalScript& ModalScript::Then(Step step) {
 
 void ModalScript::Poll() {
     QWidget* modal = QApplication::activeModalWidget();
-    if (!modal || !modal->isVisible() || modal == acted_) return;
-    acted_ = modal;
+    // A window hidden since its step may be shown again (a dialog asked again): then it is new.
+    std::erase_if(acted_, [](const QPointer<QWidget>& window) { return !window || !window->isVisible(); });
+    if (!modal || !modal->isVisible() || std::find(acted_.begin(), acted_.end(), modal) != acted_.end()) return;
+    acted_.emplace_back(modal);
     if (steps_.empty()) {
         ++unexpected_;
         modal->close();

@@ -5,6 +5,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <QAbstractButton>
 #include <QList>
@@ -61,7 +62,9 @@ private:
     void Poll();
 
     std::deque<Step> steps_;
-    QPointer<QWidget> acted_;
+    // The modal windows given to a step and still shown: one that becomes active again when the
+    // window it opened closes is not a new one.
+    std::vector<QPointer<QWidget>> acted_;
     std::string failure_;
     int unexpected_ = 0;
 };

@@ -181,7 +181,7 @@ bool SchemeFileSystem::Transfer(int in, int out, std::string& error) {
     }
 }
 
-bool SchemeFileSystem::ApplyTimes(int out, const std::timespec times[2]) {
+bool SchemeFileSystem::ApplyTimes(int out, const timespec times[2]) {
     return ::futimens(out, times) == 0;
 }
 
@@ -302,7 +302,7 @@ SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& sourc
 
     std::string why;
     if (!Transfer(in.get(), out.get(), why)) return fail("Unable to copy " + source + ": " + why, EIO);
-    const std::timespec times[2] = {src.st_atim, src.st_mtim};
+    const timespec times[2] = {src.st_atim, src.st_mtim};
     bool timesSet = ApplyTimes(out.get(), times);
     if (pending && commit == Commit::Replace) {
         if (!out.Close()) return fail(Describe("Unable to write", destination, errno), errno);

@@ -1,0 +1,139 @@
+#pragma once
+#include <meridex/ui/Export.h>
+#include <memory>
+#include <string>
+
+#include <QDialog>
+
+#include <meridex/addressbook/Site.h>
+#include <meridex/addressbook/SiteGroup.h>
+#include <meridex/frame/UserInterface.h>
+
+class QAction;
+class QLabel;
+class QMenu;
+class QMenuBar;
+class QSplitter;
+class QToolBar;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+namespace meridex {
+class AddressBook;
+class CommsProfileManager;
+class SerialPortSource;
+class UserStore;
+}  // namespace meridex
+
+namespace meridex::ui {
+
+/// The address book editor: the book as a tree (`tvGroups`), the selected group's contents
+/// (`lvGroupList`) or the selected site's parameters (`lvProfileElements`) beside it, and the
+/// commands of `Toolbar1` and the `mnuFile` and `mnuEdit` menus. Every change goes into the loaded
+/// document at once; the book is saved to its file whenever the window closes.
+class MERIDEX_UI_EXPORT frmAddressBook : public QDialog {
+    Q_OBJECT
+public:
+    /// Prompts go to ui; a null ui means the interface installed at the time of each prompt.
+    explicit frmAddressBook(std::shared_ptr<UserInterface> ui = nullptr, QWidget* parent = nullptr);
+    ~frmAddressBook() override;
+
+    /// The ports and per-user store the communications map is made with (by default this PC's).
+    void setCommsSources(std::shared_ptr<SerialPortSource> ports, std::shared_ptr<UserStore> store);
+
+    /// Loads the book (a missing file gives an empty one) and the map, keeps the schemes folder for
+    /// the import, and fills the tree.
+    void LoadAddressBook(const std::string& addressBookFile, const std::string& mapFile,
+                         const std::string& schemesFolder);
+    /// Fills `tvGroups` from the book, expands the root and selects the first site (else the root).
+    void FillTree();
+
+    /// The book being edited; null before LoadAddressBook.
+    AddressBook* Book() const noexcept { return book_.get(); }
+    /// The communications map offered for new sites; null before LoadAddressBook.
+    CommsProfileManager* CommsMap() const noexcept { return map_.get(); }
+    /// The group the selection stands for (the group holding it when a site is selected).
+    SiteGroup CurrentGroup() const { return group_; }
+    /// The selected site; none when a group or the root is selected.
+    Site CurrentSite() const { return site_; }
+
+    /// A node was chosen: sets the current group or site, shows the group list or the parameter
+    /// list, and enables the commands that apply.
+    void tvGroups_NodeClick(QTreeWidgetItem* node);
+    /// Whether a label may be edited: never the root's.
+    bool tvGroups_BeforeLabelEdit(const QTreeWidgetItem* node) const;
+    /// An edited label becomes the Name of the current group or site (never the root's); false refuses it.
+    bool tvGroups_AfterLabelEdit(QTreeWidgetItem* node, const QString& newText);
+
+    /// A toolbar button was pressed: runs its command by key.
+    void Toolbar1_ButtonClick(const QString& key);
+    /// Asks for a name and adds a sub-group to the current group.
+    void mnuAddGroup_Click();
+    /// Deletes the current group (asked of the root group, by key) after confirmation.
+    void mnuDeleteGroup_Click();
+    /// Opens the new-site dialog and adds the site it makes to the current group.
+    void mnuAddSite_Click();
+    /// Deletes the current site after confirmation.
+    void mnuDeleteSite_Click();
+    /// Asks for a name and appends an empty parameter of that name.
+    void mnuAddParameter_Click();
+    /// Deletes the selected parameter after confirmation.
+    void mnuDeleteParameter_Click();
+    /// Asks for the selected parameter's new value (also a double click on its row).
+    void mnuEditParameter_Click();
+    /// Asks whether to import from the schemes folder, imports, and fills the tree again.
+    void mnuImport_Click();
+    /// Closes the window, which saves the book.
+    void mnuExit_Click();
+    /// Saves the book to its file; false (and the failure shown) when it could not.
+    bool Form_QueryUnload();
+
+    /// Every close (Exit, the close box, Escape, done()) saves first; a failed save keeps the window open.
+    void done(int result) override;
+
+    QMenuBar* MenuBar = nullptr;
+    QToolBar* Toolbar1 = nullptr;
+    QSplitter* Splitter1 = nullptr;
+    QTreeWidget* tvGroups = nullptr;
+    QWidget* picRHPane = nullptr;
+    QWidget* picGroupList = nullptr;
+    QLabel* lblGroupList = nullptr;
+    QTreeWidget* lvGroupList = nullptr;
+    QWidget* picSiteList = nullptr;
+    QLabel* lblProfileList = nullptr;
+    QTreeWidget* lvProfileElements = nullptr;
+    QMenu* mnuFile = nullptr;
+    QAction* mnuImport = nullptr;
+    QAction* mnuExit = nullptr;
+    QMenu* mnuEdit = nullptr;
+    QAction* mnuAddGroup = nullptr;
+    QAction* mnuDeleteGroup = nullptr;
+    QAction* mnuAddSite = nullptr;
+    QAction* mnuDeleteSite = nullptr;
+    QAction* mnuAddParameter = nullptr;
+    QAction* mnuDeleteParameter = nullptr;
+    QAction* mnuEditParameter = nullptr;
+
+private:
+    std::shared_ptr<UserInterface> ui() const;
+    void BuildControls();
+    void ShowGroupList();
+    void ShowSiteList();
+    // Enables each toolbar button and its menu item for a node of this tag.
+    void EnableCommands(const QString& tag);
+    // Adds a node under the selected one, makes it visible and handles the selection again.
+    void AddNodeUnderSelection(QTreeWidgetItem* node);
+    QAction* Button(const QString& key, const QString& caption, const QString& description, const QString& tip);
+
+    std::shared_ptr<UserInterface> ui_;
+    std::shared_ptr<SerialPortSource> ports_;
+    std::shared_ptr<UserStore> store_;
+    std::unique_ptr<AddressBook> book_;
+    std::unique_ptr<CommsProfileManager> map_;
+    std::string schemesFolder_;
+    SiteGroup group_ = SiteGroup::None();
+    Site site_ = Site::None();
+    bool filling_ = false;
+};
+
+}  // namespace meridex::ui

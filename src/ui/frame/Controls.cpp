@@ -1,0 +1,26 @@
+#include <meridex/ui/frame/Controls.h>
+
+#include <QPushButton>
+#include <QTreeWidget>
+
+namespace meridex::ui {
+
+QTreeWidget* ListView(const QString& name, QWidget* parent) {
+    auto* list = new QTreeWidget(parent);
+    list->setObjectName(name);
+    list->setColumnCount(1);
+    list->setHeaderHidden(true);
+    list->setRootIsDecorated(false);
+    list->setUniformRowHeights(true);
+    list->setSelectionMode(QAbstractItemView::SingleSelection);
+    return list;
+}
+
+QPushButton* CommandButton(const QString& name, const QString& caption, QWidget* parent) {
+    auto* button = new QPushButton(caption, parent);
+    button->setObjectName(name);
+    button->setAutoDefault(false);
+    return button;
+}
+
+}  // namespace meridex::ui

@@ -1,0 +1,31 @@
+#pragma once
+// Internal to the dialog library: the plain controls the dialogs build their forms from.
+#include <QString>
+
+class QPushButton;
+class QTreeWidget;
+class QWidget;
+
+namespace meridex::ui {
+
+/// Marks a dialog as filling its controls while it lives, so that the change signals the filling
+/// raises are not taken for the person's edits; the flag gets its earlier value back afterwards.
+class Filling {
+public:
+    explicit Filling(bool& flag) : flag_(flag), was_(flag) { flag_ = true; }
+    ~Filling() { flag_ = was_; }
+    Filling(const Filling&) = delete;
+    Filling& operator=(const Filling&) = delete;
+
+private:
+    bool& flag_;
+    bool was_;
+};
+
+/// A one-column list named name: no header, no tree lines, one row chosen at a time.
+QTreeWidget* ListView(const QString& name, QWidget* parent);
+
+/// A button named name that Enter in a field of the dialog does not press.
+QPushButton* CommandButton(const QString& name, const QString& caption, QWidget* parent);
+
+}  // namespace meridex::ui
