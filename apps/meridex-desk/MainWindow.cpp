@@ -18,6 +18,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <meridex/addressbook/AddressBook.h>
 #include <meridex/frame/Error.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/platform/SerialPortSource.h>
@@ -35,12 +36,22 @@ constexpr const char* kCaption = "Meridex Desk";
 
 QString Q(const std::string& text) { return QString::fromStdString(text); }
 
+std::string Describe(const XmlNode& profile) {
+    const std::string name = XMLOps::GetXMLValue(profile, "NAME", "");
+    std::string text = (name.empty() ? std::string("(no name)") : name) + " (" + XMLOps::GetXMLValue(profile, "TYPE", "") +
+                       " " + XMLOps::GetXMLValue(profile, "METHOD", "");
+    const std::string port = XMLOps::GetXMLValue(profile, "COMMPORT", "");
+    const std::string address = XMLOps::GetXMLValue(profile, "ADDRESS", "");
+    if (!port.empty()) text += ", COM" + port;
+    if (!address.empty()) text += ", " + address;
+    return text + ")";
+}
+
 }  // namespace
 
 const std::vector<MainWindow::Command>& MainWindow::Commands() {
     using C = Command;
-    // The features and their buttons follow the feature catalogue. Connection, Communications Map and
-    // Upgrade Firmware join when their dialogs do; the sub-options of a command
+    // The features and their buttons follow the feature catalogue; the sub-options of a command
     // (V4_ALLOW_DELETE, V4_ENABLE_SHORTCUTS, V4_ENABLE_TESTMODE_BUTTONS, V4_SET_TESTMODE_CHANNEL,
     // V4_ENABLE_DIAGNOSTICS_BUTTON) belong inside the host's own windows and have no command here.
     static const std::vector<Command> commands = {
@@ -55,12 +66,17 @@ const std::vector<MainWindow::Command>& MainWindow::Commands() {
         {"cmdTestMode", "Test Mode", "V4_TEST_MODE", C::Host, "&Logger", true},
         {"cmdSDITest", "SDI-12 Test", "V4_SDI_TEST", C::Host, "&Logger", false},
         {"cmdVelocityTrace", "Velocity Trace", "V4_VELOCITY_TRACE", C::Host, "&Logger", false},
+        {"cmdUpgradeFirmware", "Upgrade Firmware", "V4_UPGRADE_FIRMWARE", C::Library, "&Logger", true},
         {"mnuCorrectTime", "Correct Time", "V4_CORRECT_TIME", C::Host, "&Test Mode", false},
         {"mnuPut", "Put", "V4_TESTMODE_PUT", C::Host, "&Test Mode", false},
         {"mnuEditChannels", "Edit Channels", "V4_EDIT_TESTMODE_CHANNELS", C::Host, "&Test Mode", false},
         {"mnuStopLogging", "Stop Logging", "V4_STOP_LOGGING", C::Host, "&Test Mode", false},
+        {"cmdConnection", "Connection", "V4_CONNECTION", C::Library, "&Communications", true},
+        {"cmdAddressBook", "Address Book", "V4_CONNECTION", C::Library, "&Communications", true},
         {"cmdCommsWindow", "Comms Window", "V4_COMMS_WINDOW", C::Host, "&Communications", true},
         {"cmdModemSetup", "Modem Setup", "V4_MODEM_SETUP", C::Host, "&Communications", false},
+        {"cmdNewDevice", "New Device", "V4_COMMS_MAP", C::Library, "&Communications", false},
+        {"cmdCommsMap", "Communications Map", "V4_COMMS_MAP", C::Library, "&Communications", false},
         {"cmdSchemeEditor", "Scheme Editor", "V4_SCHEME_EDITOR", C::Host, "T&ools", true},
         {"cmdNewShortcuts", "New Shortcuts", "V4_EDIT_SHORTCUTS", C::Host, "T&ools", false},
         {"cmdConfigure", "Configure V4", "V4_CONFIGURE", C::Library, "T&ools", false},
@@ -72,7 +88,7 @@ MainWindow::MainWindow(Workspace workspace, DeskOptions options, QWidget* parent
     : QMainWindow(parent), workspace_(std::move(workspace)), options_(std::move(options)), errors_(options_.ui) {
     setObjectName(QStringLiteral("frmDesk"));
     setWindowTitle(QStringLiteral("Meridex Desk - ") + Q(workspace_.Folder().string()));
-    if (!options_.dialogs) options_.dialogs = std::make_shared<LibraryDialogs>();
+    if (!options_.dialogs) options_.dialogs = std::make_shared<LibraryDialogs>(options_.ui);
     errors_.setErrorLogFile(workspace_.ErrorLogFile().string());
     errors_.setLogErrors(true);
     StartUp();
@@ -299,10 +315,45 @@ void MainWindow::Run(const Command& command) {
 }
 
 void MainWindow::RunLibrary(const QString& name) {
+    DeskDialogs& dialogs = *options_.dialogs;
+    const std::string book = workspace_.AddressBookFile().string();
+    const std::string mapFile = workspace_.CommsMapFile().string();
     if (name == QLatin1String("cmdConfigure")) {
-        options_.dialogs->ShowProfileEditor(settings_, this);
+        dialogs.ShowProfileEditor(settings_, this);
         FillProfiles();
         RefreshCommands();
+    } else if (name == QLatin1String("cmdCommsMap") || name == QLatin1String("cmdAddressBook")) {
+        // The dialog reads the map from its file: it gets what this window holds, and this window
+        // reads back what the dialog saved.
+        map_->SaveXMLMapFile();
+        if (name == QLatin1String("cmdCommsMap")) dialogs.EditCommunicationsMap(mapFile);
+        else dialogs.OpenAddressBook(book, mapFile, workspace_.LocalSchemes(settings_).string());
+        map_->LoadXMLMapFile(mapFile);
+        FillDevices();
+    } else if (name == QLatin1String("cmdNewDevice")) {
+        const XmlNode device = dialogs.SelectNewCommsDevice();
+        if (!device) return;
+        map_->AddApplicationProfile(device);
+        std::string error;
+        if (!map_->SaveXMLMapFile({}, &error)) {
+            errors_.LogError(75, error, "MainWindow:cmdNewDevice_Click");
+            Tell("The new device could not be saved to the map: " + error, MessageIcon::Exclamation);
+        }
+        FillDevices();
+    } else if (name == QLatin1String("cmdConnection")) {
+        AddressBook addressBook;
+        addressBook.LoadAddressBook(book);
+        const XmlNode site = dialogs.SelectSiteCommsProfiles(addressBook);
+        if (!site) return;
+        const XmlNode match = map_->GetBestMatch(site);
+        Tell("The site's connection: " + Describe(site) + "\nThe best match on this PC: " +
+             (match ? Describe(match) : std::string("none")));
+    } else if (name == QLatin1String("cmdUpgradeFirmware")) {
+        if (!dialogs.UpgradeFirmware(workspace_.FirmwareFolder().string(), this)) {
+            Tell("Upgrade Firmware is not available yet: no firmware dialog is linked into this build of "
+                 "Meridex Desk.",
+                 MessageIcon::Exclamation);
+        }
     }
 }
 

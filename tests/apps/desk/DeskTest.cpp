@@ -12,11 +12,11 @@
 #include <QPlainTextEdit>
 #include <QTreeWidget>
 
+#include <meridex/addressbook/AddressBook.h>
 #include <meridex/frame/Error.h>
 #include <meridex/frame/RecordingUserInterface.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/settings/Settings.h>
-#include <meridex/settings/V4StandardProfiles.h>
 
 #include "CommsTestSupport.h"
 #include "DeskDialogs.h"
@@ -40,9 +40,28 @@ public:
         calls.push_back("ShowProfileEditor:" + settings.SettingsFile());
         if (editProfiles) editProfiles(settings);
     }
+    void OpenAddressBook(const std::string& book, const std::string& map, const std::string& schemes) override {
+        calls.push_back("OpenAddressBook:" + book + "|" + map + "|" + schemes);
+    }
+    XmlNode SelectSiteCommsProfiles(AddressBook& book) override {
+        calls.push_back("SelectSiteCommsProfiles:" + book.FilePath());
+        return site;
+    }
+    XmlNode SelectNewCommsDevice() override {
+        calls.push_back("SelectNewCommsDevice");
+        return device;
+    }
+    void EditCommunicationsMap(const std::string& map) override { calls.push_back("EditCommunicationsMap:" + map); }
+    bool UpgradeFirmware(const std::string& folder, QWidget*) override {
+        calls.push_back("UpgradeFirmware:" + folder);
+        return firmwareLinked;
+    }
 
     std::vector<std::string> calls;
     std::function<void(Settings&)> editProfiles;
+    XmlNode site;
+    XmlNode device;
+    bool firmwareLinked = false;
 };
 
 class DeskTest : public ::testing::Test {
@@ -55,6 +74,14 @@ protected:
         options.store = std::make_shared<IniUserStore>(tmp.File("store"));
     }
     std::unique_ptr<MainWindow> Open() { return std::make_unique<MainWindow>(workspace, options); }
+    // A detached device profile, made by a map of its own.
+    XmlNode Device(std::string_view name, bool phoneModem) {
+        CommsProfileManager maker(ports, options.store);
+        XmlNode device = phoneModem ? maker.AddRS232PhoneModem("7") : maker.AddTCPConnection();
+        XMLOps::SetXMLValue(device, "NAME", name, true);
+        maker.RemoveApplicationProfile(device);
+        return device;
+    }
 
     TempDir tmp;
     Workspace workspace;
@@ -64,7 +91,8 @@ protected:
     desk::DeskOptions options;
 };
 
-const std::vector<QString> kLockedAway = {"cmdSchemeEditor", "cmdCommsWindow", "cmdConfigure"};
+const std::vector<QString> kLockedAway = {"cmdSchemeEditor", "cmdCommsWindow", "cmdUpgradeFirmware", "cmdCommsMap",
+                                          "cmdConfigure"};
 
 }  // namespace
 
@@ -129,20 +157,55 @@ TEST_F(DeskTest, TheProfileDropDownShowsAndHidesTheCommandsAtOnce) {
     EXPECT_EQ(desk->settings().CurrentProfile().Key(), "ADMINISTRATOR");
 }
 
-TEST_F(DeskTest, ConfigureOpensTheProfileEditorAndTheCommandsFollowWhatItChanged) {
+TEST_F(DeskTest, LibraryCommandsOpenTheirDialogsOnTheWorkspaceFiles) {
     auto desk = Open();
     desk->SwitchProfile("ADMINISTRATOR");
+    const std::string book = workspace.AddressBookFile().string();
+    const std::string map = workspace.CommsMapFile().string();
+    const std::string schemes = workspace.DefaultLocalSchemes().string();
+
     dialogs->editProfiles = [](Settings& settings) {
         settings.CurrentProfile().Item(std::string("V4_SCHEME_EDITOR")).setAvailable(false);
-        settings.Profiles().Add(V4StandardProfiles::GetDefaultLockdownProfile(), "NIGHT SHIFT");
     };
     desk->Action("cmdConfigure")->trigger();
-    EXPECT_EQ(dialogs->calls, (std::vector<std::string>{"ShowProfileEditor:" + workspace.SettingsFile().string()}));
+    desk->Action("cmdCommsMap")->trigger();
+    desk->Action("cmdAddressBook")->trigger();
+    desk->Action("cmdUpgradeFirmware")->trigger();
+    EXPECT_EQ(dialogs->calls, (std::vector<std::string>{
+                                  "ShowProfileEditor:" + workspace.SettingsFile().string(),
+                                  "EditCommunicationsMap:" + map,
+                                  "OpenAddressBook:" + book + "|" + map + "|" + schemes,
+                                  "UpgradeFirmware:" + workspace.FirmwareFolder().string(),
+                              }));
     EXPECT_FALSE(desk->Action("cmdSchemeEditor")->isVisible()) << "what the profile editor changed shows at once";
-    auto* profiles = test::Child<QComboBox>(desk.get(), "cboCurrentProfile");
-    EXPECT_NE(profiles->findText("NIGHT SHIFT"), -1) << "a profile the editor added can be chosen";
-    EXPECT_EQ(profiles->currentText(), "ADMINISTRATOR");
-    EXPECT_TRUE(ui->Messages().empty());
+    ASSERT_EQ(ui->Messages().size(), 1u);
+    EXPECT_NE(ui->Messages()[0].text.find("Upgrade Firmware is not available yet"), std::string::npos);
+
+    dialogs->firmwareLinked = true;
+    desk->Action("cmdUpgradeFirmware")->trigger();
+    EXPECT_EQ(ui->Messages().size(), 1u) << "a linked firmware dialog speaks for itself";
+}
+
+TEST_F(DeskTest, NewDeviceAppendsToTheMapAndConnectionShowsTheBestMatch) {
+    auto desk = Open();
+    const auto before = desk->map().ApplicationProfileCount();
+    desk->Action("cmdNewDevice")->trigger();  // the dialog was cancelled: nothing changes
+    EXPECT_EQ(desk->map().ApplicationProfileCount(), before);
+
+    dialogs->device = Device("Harbour link", false);
+    desk->Action("cmdNewDevice")->trigger();
+    EXPECT_EQ(desk->map().ApplicationProfileCount(), before + 1);
+    EXPECT_NE(TempDir::Read(workspace.CommsMapFile().string()).find("Harbour link"), std::string::npos);
+    auto* devices = test::Child<QTreeWidget>(desk.get(), "lvDevices");
+    EXPECT_TRUE(test::Texts(devices).contains("Harbour link"));
+
+    dialogs->site = Device("Site cable", false);
+    desk->Action("cmdConnection")->trigger();
+    ASSERT_EQ(dialogs->calls.back(), "SelectSiteCommsProfiles:" + workspace.AddressBookFile().string());
+    ASSERT_FALSE(ui->Messages().empty());
+    const std::string told = ui->Messages().back().text;
+    EXPECT_NE(told.find("The site's connection: Site cable (IP TCP"), std::string::npos) << told;
+    EXPECT_NE(told.find("The best match on this PC:"), std::string::npos) << told;
 }
 
 TEST_F(DeskTest, HostCommandsSayPlainlyTheyAreTheHostsOwn) {
