@@ -7,6 +7,9 @@ class QWidget;
 
 namespace meridex {
 class AddressBook;
+class CommsProfileManager;
+class ErrorHandler;
+class Logger;
 class Settings;
 }  // namespace meridex
 
@@ -27,10 +30,14 @@ public:
     virtual XmlNode SelectSiteCommsProfiles(AddressBook& addressBook) = 0;
     /// A new device profile, or null when none was made.
     virtual XmlNode SelectNewCommsDevice() = 0;
+    /// The map's own profile of the device chosen, or null.
+    virtual XmlNode SelectCommsDevice(CommsProfileManager& map) = 0;
     /// The editor of the whole communications map on commsMapFile.
     virtual void EditCommunicationsMap(const std::string& commsMapFile) = 0;
-    /// The firmware dialog over the firmware folder. False when no firmware dialog is linked in.
-    virtual bool UpgradeFirmware(const std::string& firmwareFolder, QWidget* owner) = 0;
+    /// The firmware dialog for logger with the files of firmwareFolder, failures logged through errors;
+    /// returns when it has closed.
+    virtual void UpgradeFirmware(Logger& logger, ErrorHandler& errors, const std::string& firmwareFolder,
+                                 QWidget* owner) = 0;
 };
 
 }  // namespace meridex::desk

@@ -1,9 +1,16 @@
 #include "LibraryDialogs.h"
 
 #include <meridex/settings/Settings.h>
+#include <meridex/ui/firmware/frmFirmware.h>
 #include <meridex/ui/settings/V4Dialogs.h>
 
 namespace meridex::desk {
+
+ui::V4Dialogs LibraryDialogs::Dialogs() const {
+    ui::V4Dialogs dialogs(ui_);
+    dialogs.setCommsSources(ports_, store_);
+    return dialogs;
+}
 
 void LibraryDialogs::ShowProfileEditor(Settings& settings, QWidget* owner) {
     settings.ShowProfileEditor(owner);
@@ -11,24 +18,24 @@ void LibraryDialogs::ShowProfileEditor(Settings& settings, QWidget* owner) {
 
 void LibraryDialogs::OpenAddressBook(const std::string& addressBookFile, const std::string& commsMapFile,
                                      const std::string& schemesFolder) {
-    ui::V4Dialogs(ui_).OpenAddressBook(addressBookFile, commsMapFile, schemesFolder);
+    Dialogs().OpenAddressBook(addressBookFile, commsMapFile, schemesFolder);
 }
 
 XmlNode LibraryDialogs::SelectSiteCommsProfiles(AddressBook& addressBook) {
-    return ui::V4Dialogs(ui_).SelectSiteCommsProfiles(addressBook);
+    return Dialogs().SelectSiteCommsProfiles(addressBook);
 }
 
-XmlNode LibraryDialogs::SelectNewCommsDevice() { return ui::V4Dialogs(ui_).SelectNewCommsDevice(); }
+XmlNode LibraryDialogs::SelectNewCommsDevice() { return Dialogs().SelectNewCommsDevice(); }
+
+XmlNode LibraryDialogs::SelectCommsDevice(CommsProfileManager& map) { return Dialogs().SelectCommsDevice(map); }
 
 void LibraryDialogs::EditCommunicationsMap(const std::string& commsMapFile) {
-    ui::V4Dialogs(ui_).EditCommunicationsMap(commsMapFile);
+    Dialogs().EditCommunicationsMap(commsMapFile);
 }
 
-bool LibraryDialogs::UpgradeFirmware(const std::string& firmwareFolder, QWidget* owner) {
-    // FIRMWARE HOOK: no firmware dialog is linked into this build yet. When it lands, open it here
-    // (UpgradeFirmwareForm over firmwareFolder, owned by owner) and answer true.
-    (void)firmwareFolder, (void)owner;
-    return false;
+void LibraryDialogs::UpgradeFirmware(Logger& logger, ErrorHandler& errors, const std::string& firmwareFolder,
+                                     QWidget* owner) {
+    ui::UpgradeFirmwareForm::ShowUpgradeFirmware(&logger, &errors, firmwareFolder, owner, ui_);
 }
 
 }  // namespace meridex::desk

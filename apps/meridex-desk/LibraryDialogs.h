@@ -5,24 +5,43 @@
 
 #include "DeskDialogs.h"
 
+namespace meridex {
+class SerialPortSource;
+class UserStore;
+}  // namespace meridex
+
+namespace meridex::ui {
+class V4Dialogs;
+}  // namespace meridex::ui
+
 namespace meridex::desk {
 
-/// The desk's dialogs as the library offers them: `V4Dialogs` and `Settings::ShowProfileEditor`.
+/// The desk's dialogs as the library offers them: `V4Dialogs`, `Settings::ShowProfileEditor` and
+/// `UpgradeFirmwareForm`.
 class LibraryDialogs : public DeskDialogs {
 public:
-    /// Prompts of the dialogs go to ui (null: the installed interface).
-    explicit LibraryDialogs(std::shared_ptr<UserInterface> ui = nullptr) : ui_(std::move(ui)) {}
+    /// Prompts of the dialogs go to ui (null: the installed interface); the device dialogs' maps use
+    /// ports and store (null: this PC's), as the desk's own map does.
+    explicit LibraryDialogs(std::shared_ptr<UserInterface> ui = nullptr, std::shared_ptr<SerialPortSource> ports = nullptr,
+                            std::shared_ptr<UserStore> store = nullptr)
+        : ui_(std::move(ui)), ports_(std::move(ports)), store_(std::move(store)) {}
 
     void ShowProfileEditor(Settings& settings, QWidget* owner) override;
     void OpenAddressBook(const std::string& addressBookFile, const std::string& commsMapFile,
                          const std::string& schemesFolder) override;
     XmlNode SelectSiteCommsProfiles(AddressBook& addressBook) override;
     XmlNode SelectNewCommsDevice() override;
+    XmlNode SelectCommsDevice(CommsProfileManager& map) override;
     void EditCommunicationsMap(const std::string& commsMapFile) override;
-    bool UpgradeFirmware(const std::string& firmwareFolder, QWidget* owner) override;
+    void UpgradeFirmware(Logger& logger, ErrorHandler& errors, const std::string& firmwareFolder,
+                         QWidget* owner) override;
 
 private:
+    ui::V4Dialogs Dialogs() const;
+
     std::shared_ptr<UserInterface> ui_;
+    std::shared_ptr<SerialPortSource> ports_;
+    std::shared_ptr<UserStore> store_;
 };
 
 }  // namespace meridex::desk

@@ -19,6 +19,7 @@
 #include <QVBoxLayout>
 
 #include <meridex/addressbook/AddressBook.h>
+#include <meridex/firmware/LoggerLinks.h>
 #include <meridex/frame/Error.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/platform/SerialPortSource.h>
@@ -88,7 +89,7 @@ MainWindow::MainWindow(Workspace workspace, DeskOptions options, QWidget* parent
     : QMainWindow(parent), workspace_(std::move(workspace)), options_(std::move(options)), errors_(options_.ui) {
     setObjectName(QStringLiteral("frmDesk"));
     setWindowTitle(QStringLiteral("Meridex Desk - ") + Q(workspace_.Folder().string()));
-    if (!options_.dialogs) options_.dialogs = std::make_shared<LibraryDialogs>(options_.ui);
+    if (!options_.dialogs) options_.dialogs = std::make_shared<LibraryDialogs>(options_.ui, options_.ports, options_.store);
     errors_.setErrorLogFile(workspace_.ErrorLogFile().string());
     errors_.setLogErrors(true);
     StartUp();
@@ -349,11 +350,15 @@ void MainWindow::RunLibrary(const QString& name) {
         Tell("The site's connection: " + Describe(site) + "\nThe best match on this PC: " +
              (match ? Describe(match) : std::string("none")));
     } else if (name == QLatin1String("cmdUpgradeFirmware")) {
-        if (!dialogs.UpgradeFirmware(workspace_.FirmwareFolder().string(), this)) {
-            Tell("Upgrade Firmware is not available yet: no firmware dialog is linked into this build of "
-                 "Meridex Desk.",
-                 MessageIcon::Exclamation);
+        const XmlNode device = dialogs.SelectCommsDevice(*map_);
+        if (!device) return;
+        std::string error;
+        const auto logger = LoggerLinks::OpenProfile(device, map_->Ports(), error);
+        if (!logger) {
+            Tell("The logger of " + Describe(device) + " cannot be reached: " + error, MessageIcon::Exclamation);
+            return;
         }
+        dialogs.UpgradeFirmware(*logger, errors_, workspace_.FirmwareFolder().string(), this);
     }
 }
 

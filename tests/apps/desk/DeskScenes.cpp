@@ -7,6 +7,7 @@
 
 #include <meridex/frame/ErrorHandler.h>
 #include <meridex/frame/RecordingUserInterface.h>
+#include <meridex/platform/linux/IniUserStore.h>
 
 #include "CommsTestSupport.h"
 #include "MainWindow.h"

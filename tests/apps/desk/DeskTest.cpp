@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -13,8 +14,11 @@
 #include <QTreeWidget>
 
 #include <meridex/addressbook/AddressBook.h>
+#include <meridex/firmware/Logger.h>
 #include <meridex/frame/Error.h>
+#include <meridex/frame/ErrorHandler.h>
 #include <meridex/frame/RecordingUserInterface.h>
+#include <meridex/platform/linux/IniUserStore.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/settings/Settings.h>
 
@@ -51,17 +55,24 @@ public:
         calls.push_back("SelectNewCommsDevice");
         return device;
     }
+    XmlNode SelectCommsDevice(CommsProfileManager& map) override {
+        calls.push_back("SelectCommsDevice:" + std::to_string(map.ApplicationProfileCount()));
+        return chosenDevice ? chosenDevice(map) : XmlNode();
+    }
     void EditCommunicationsMap(const std::string& map) override { calls.push_back("EditCommunicationsMap:" + map); }
-    bool UpgradeFirmware(const std::string& folder, QWidget*) override {
+    void UpgradeFirmware(Logger& logger, ErrorHandler& errors, const std::string& folder, QWidget*) override {
         calls.push_back("UpgradeFirmware:" + folder);
-        return firmwareLinked;
+        firmwareLogger = &logger;
+        firmwareErrors = &errors;
     }
 
     std::vector<std::string> calls;
     std::function<void(Settings&)> editProfiles;
     XmlNode site;
     XmlNode device;
-    bool firmwareLinked = false;
+    std::function<XmlNode(CommsProfileManager&)> chosenDevice;
+    Logger* firmwareLogger = nullptr;
+    ErrorHandler* firmwareErrors = nullptr;
 };
 
 class DeskTest : public ::testing::Test {
@@ -170,20 +181,42 @@ TEST_F(DeskTest, LibraryCommandsOpenTheirDialogsOnTheWorkspaceFiles) {
     desk->Action("cmdConfigure")->trigger();
     desk->Action("cmdCommsMap")->trigger();
     desk->Action("cmdAddressBook")->trigger();
-    desk->Action("cmdUpgradeFirmware")->trigger();
+    desk->Action("cmdUpgradeFirmware")->trigger();  // no device chosen: nothing more happens
     EXPECT_EQ(dialogs->calls, (std::vector<std::string>{
                                   "ShowProfileEditor:" + workspace.SettingsFile().string(),
                                   "EditCommunicationsMap:" + map,
                                   "OpenAddressBook:" + book + "|" + map + "|" + schemes,
-                                  "UpgradeFirmware:" + workspace.FirmwareFolder().string(),
+                                  "SelectCommsDevice:" + std::to_string(desk->map().ApplicationProfileCount()),
                               }));
     EXPECT_FALSE(desk->Action("cmdSchemeEditor")->isVisible()) << "what the profile editor changed shows at once";
-    ASSERT_EQ(ui->Messages().size(), 1u);
-    EXPECT_NE(ui->Messages()[0].text.find("Upgrade Firmware is not available yet"), std::string::npos);
+    EXPECT_TRUE(ui->Messages().empty());
+}
 
-    dialogs->firmwareLinked = true;
+TEST_F(DeskTest, UpgradeFirmwareOpensTheLoggerOfTheChosenDevice) {
+    auto desk = Open();
+    desk->SwitchProfile("ADMINISTRATOR");
+    // A phone modem cannot carry firmware: the person is told why, and no dialog opens.
+    dialogs->chosenDevice = [](CommsProfileManager& map) { return map.AddRS232PhoneModem("1"); };
     desk->Action("cmdUpgradeFirmware")->trigger();
-    EXPECT_EQ(ui->Messages().size(), 1u) << "a linked firmware dialog speaks for itself";
+    ASSERT_EQ(ui->Messages().size(), 1u);
+    EXPECT_NE(ui->Messages()[0].text.find("cannot be reached: Firmware cannot be loaded through"), std::string::npos)
+        << ui->Messages()[0].text;
+    EXPECT_EQ(dialogs->firmwareLogger, nullptr);
+
+    // A UDP device needs no listener to be opened: the dialog gets its logger and the desk's log.
+    ui->Clear();
+    dialogs->chosenDevice = [](CommsProfileManager& map) {
+        XmlNode udp = map.AddUDPConnection();
+        XMLOps::SetXMLValue(udp, "ADDRESS", "127.0.0.1", true);
+        XMLOps::SetXMLValue(udp, "PORT", "9", true);
+        return udp;
+    };
+    desk->Action("cmdUpgradeFirmware")->trigger();
+    EXPECT_EQ(dialogs->calls.back(), "UpgradeFirmware:" + workspace.FirmwareFolder().string());
+    EXPECT_NE(dialogs->firmwareLogger, nullptr);
+    ASSERT_NE(dialogs->firmwareErrors, nullptr);
+    EXPECT_EQ(dialogs->firmwareErrors->ErrorLogFile(), workspace.ErrorLogFile().string());
+    EXPECT_TRUE(ui->Messages().empty());
 }
 
 TEST_F(DeskTest, NewDeviceAppendsToTheMapAndConnectionShowsTheBestMatch) {
