@@ -8,9 +8,11 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include <meridex/addressbook/AddressBook.h>
@@ -18,13 +20,15 @@
 #include <meridex/frame/Error.h>
 #include <meridex/frame/ErrorHandler.h>
 #include <meridex/frame/RecordingUserInterface.h>
-#include <meridex/platform/linux/IniUserStore.h>
 #include <meridex/frame/XMLOps.h>
+#include <meridex/platform/linux/IniUserStore.h>
 #include <meridex/settings/Settings.h>
 
+#include "CommsDialogTest.h"
 #include "CommsTestSupport.h"
 #include "DeskDialogs.h"
 #include "DialogTest.h"
+#include "LibraryDialogs.h"
 #include "MainWindow.h"
 #include "TempDir.h"
 #include "Workspace.h"
@@ -280,4 +284,53 @@ TEST_F(DeskTest, AFailureIsLoggedToTheWorkspaceAndTheLogCanBeShown) {
     const QString shown = showLog();
     EXPECT_TRUE(shown.contains("MainWindow:cmdConfigure_Click")) << shown.toStdString();
     EXPECT_TRUE(desk->Action("cmdUnload")->isVisible());
+}
+
+// The program's seam reaches the library's own dialogs: the device list of the map it is given, and the
+// firmware dialog with the logger, the log and the folder.
+TEST_F(DeskTest, TheProgramsDialogsAreTheLibrarys) {
+    class AnsweringLogger : public Logger {
+    public:
+        std::string Description() const override { return "answering"; }
+        UpgradeResult Identify() override { return {UpgradeStatus::Ok, {}, {"WL400", "7001", "1.5.0", false, "1.0"}}; }
+        UpgradeResult LoadFirmware(const FirmwareImage&, UpgradeEvents*) override {
+            return {UpgradeStatus::LinkLost, "not in this test", {}};
+        }
+    } logger;
+    desk::LibraryDialogs library(ui, ports, options.store);
+    CommsProfileManager map(ports, options.store);
+    XMLOps::SetXMLValue(map.AddTCPConnection(), "NAME", "Harbour link", true);
+    ErrorHandler errors(ui);
+    XmlNode chosen;
+    test::ModalScript()
+        .Then([](QWidget* modal) {
+            EXPECT_EQ(modal->objectName(), "frmSelectDevice");
+            auto* devices = test::Child<QTreeWidget>(modal, "tvDevices");
+            QTreeWidgetItem* root = devices->topLevelItem(0);
+            for (int i = 0; i < root->childCount(); ++i) {
+                if (root->child(i)->text(0) != "Harbour link") continue;
+                test::DoubleClickRow(devices, root->child(i));
+                return;
+            }
+            ADD_FAILURE() << "the map's device is not offered";
+            modal->close();
+        })
+        .Run([&] { chosen = library.SelectCommsDevice(map); });
+    EXPECT_EQ(XMLOps::GetXMLValue(chosen, "NAME", ""), "Harbour link");
+
+    // The firmware dialog is shown before it turns modal, so it is looked for among the windows.
+    QString model, folder;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            if (window->objectName() != "frmFirmware" || !window->isVisible()) continue;
+            model = test::Child<QLabel>(window, "lblModel")->text();
+            folder = test::Child<QLabel>(window, "lblFolder")->text();
+            window->close();
+        }
+    });
+    poll.start(5);
+    library.UpgradeFirmware(logger, errors, "/no/such/firmware", nullptr);
+    EXPECT_EQ(model, "WL400");
+    EXPECT_EQ(folder, "/no/such/firmware");
 }
