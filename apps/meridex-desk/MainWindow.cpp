@@ -97,7 +97,7 @@ MainWindow::MainWindow(Workspace workspace, DeskOptions options, QWidget* parent
     FillProfiles();
     FillDevices();
     RefreshCommands();
-    resize(980, 560);
+    resize(1100, 560);  // wide enough for every toolbar command of ADMINISTRATOR
 }
 
 MainWindow::~MainWindow() {

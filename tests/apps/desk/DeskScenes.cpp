@@ -59,7 +59,7 @@ class SceneDesk : private DemoWorkspace, public desk::MainWindow {
 public:
     explicit SceneDesk(const char* profile) : MainWindow(DemoWorkspace::workspace, Options(*this)) {
         SwitchProfile(profile);
-        resize(1000, 600);
+        resize(1100, 600);
     }
 };
 
