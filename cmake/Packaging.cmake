@@ -1,7 +1,9 @@
 # Debian packages: `cpack -G DEB` in a build configured with the `package` preset
 # makes meridex_<version>_<arch>.deb (library, tool, companion) and
 # meridex-dev_<version>_<arch>.deb (headers, CMake package, pkg-config) and
-# python3-meridex_<version>_<arch>.deb (the Python module).
+# python3-meridex_<version>_<arch>.deb (the Python module) and, when the dialogs are
+# built, meridex-ui_<version>_<arch>.deb (the Qt dialog library and meridex-dialogs), so that
+# the core package never pulls in Qt.
 set(CPACK_PACKAGE_NAME meridex)
 set(CPACK_PACKAGE_VENDOR "Meridex developers")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -17,6 +19,9 @@ set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_COMPONENTS_ALL runtime development)
 if(MERIDEX_BUILD_PYTHON)
   list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
+if(MERIDEX_BUILD_UI)
+  list(APPEND CPACK_COMPONENTS_ALL ui)
 endif()
 
 set(CPACK_COMPONENT_RUNTIME_DISPLAY_NAME "Meridex library and tools")
@@ -43,5 +48,11 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
   "python3 (>= ${Python3_VERSION_MAJOR}.${Python3_VERSION_MINOR}), python3 (<< ${Python3_VERSION_MAJOR}.${_meridex_python_next})")
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION
   "The Python module meridex: settings and user profiles, the address book, the communications map,\n scheme import and synchronisation from Python scripts.")
+
+set(CPACK_COMPONENT_UI_DISPLAY_NAME "Meridex dialogs")
+set(CPACK_DEBIAN_UI_PACKAGE_NAME meridex-ui)
+set(CPACK_COMPONENT_UI_DEPENDS runtime)
+set(CPACK_COMPONENT_UI_DESCRIPTION
+  "The Qt 6 dialog library of Meridex (profile editor, address book, device and map dialogs, firmware\n upgrade) and the meridex-dialogs program that opens any of them on the files it is given.")
 
 include(CPack)

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -64,8 +65,12 @@ TEST_F(ImportTest, SchemesBecomeSitesInGroupsMirroringFolders) {
     ImportCommsProfiles import(&events);
     import.ImportSchemes(root, book.Sites());
 
-    const std::vector<std::string> found{root + "/top.xml", root + "/North/b.xml", root + "/North/broken.xml",
-                                         root + "/North/Hill/a.XML"};
+    // Found paths are reported with "/" throughout, also where the root was given
+    // with "\" (as a Windows temporary folder is).
+    std::string slashed = root;
+    std::replace(slashed.begin(), slashed.end(), '\\', '/');
+    const std::vector<std::string> found{slashed + "/top.xml", slashed + "/North/b.xml",
+                                         slashed + "/North/broken.xml", slashed + "/North/Hill/a.XML"};
     EXPECT_EQ(import.SchemeList(), found);
     std::vector<std::string> expected;
     for (const auto& path : found) expected.push_back("Scheme Found: " + path);

@@ -122,12 +122,13 @@ TEST(MapScheme, TheDefaultIsRepairedOrChosenFromPreferencesUsageOrTheMap) {
 
     // Without a preference, the last port in CommsUsage with a count above 0.
     g.store->DeleteSetting("MeridexV4", "COMMSPREF", g.scheme.SchemeText());
-    g.store->SaveSetting("MERIDEXV4", "CommsUsage", "2", "5");
-    g.store->SaveSetting("MERIDEXV4", "CommsUsage", "1", "1");
+    // (Written in name order, which is also the order the registry gives back under Wine.)
+    g.store->SaveSetting("MERIDEXV4", "CommsUsage", "1", "5");
+    g.store->SaveSetting("MERIDEXV4", "CommsUsage", "2", "1");
     g.store->SaveSetting("MERIDEXV4", "CommsUsage", "7", "0");
     XmlNode usage = g.Scheme(Direct("1", "<DEFAULT>0</DEFAULT>") + Direct("2", "<DEFAULT>0</DEFAULT>"));
     n->MapSchemeCommsProfiles(g.scheme);
-    EXPECT_EQ(Field(CommsProfileManager::GetDefaultProfile(usage), "COMMPORT"), "1");
+    EXPECT_EQ(Field(CommsProfileManager::GetDefaultProfile(usage), "COMMPORT"), "2");
 
     // Nothing known: the mark goes to the map's own first cable, if it has DEFAULT.
     Mapping h{1};

@@ -96,6 +96,14 @@ for kind in "${kinds[@]}"; do
     grep -q 'include/meridex/meridex.h' <<<"$(dpkg-deb -c "$dev")" || fail "meridex-dev has no headers"
     grep -q 'libxml2' <<<"$(dpkg-deb -f "$deb" Depends)" || fail "the meridex package does not depend on libxml2"
     grep -qF "meridex (= $version)" <<<"$(dpkg-deb -f "$dev" Depends)" || fail "meridex-dev does not depend on meridex"
+    ! grep -qi 'libqt' <<<"$(dpkg-deb -f "$deb" Depends)" || fail "the meridex package depends on Qt"
+    if grep -q '^MERIDEX_BUILD_UI:BOOL=ON' "$build/CMakeCache.txt"; then
+      ui="$build/meridex-ui_${version}_${arch}.deb"
+      [ -f "$ui" ] || fail "cpack did not make meridex-ui_${version}_${arch}.deb"
+      grep -q 'libmeridex_ui.so.0 ->' <<<"$(dpkg-deb -c "$ui")" || fail "meridex-ui has no library"
+      grep -q './usr/bin/meridex-dialogs$' <<<"$(dpkg-deb -c "$ui")" || fail "meridex-ui has no meridex-dialogs"
+      grep -qF "meridex (= $version)" <<<"$(dpkg-deb -f "$ui" Depends)" || fail "meridex-ui does not depend on meridex"
+    fi
     py="$build/python3-meridex_${version}_${arch}.deb"
     [ -f "$py" ] || fail "cpack did not make python3-meridex_${version}_${arch}.deb"
     grep -q './usr/lib/python3/dist-packages/meridex\..*\.so$' <<<"$(dpkg-deb -c "$py")" || fail "python3-meridex has no module"

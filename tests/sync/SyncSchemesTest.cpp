@@ -112,7 +112,7 @@ TEST(SyncSchemes, AMissingRootIsAnEmptySideAndACancelledScanSortsNothing) {
 TEST(SyncSchemes, UpdateCopiesTheListedExtensionsWithExactTimesAndBacksUpWhatItReplaces) {
     Trees t;
     t.L("Sub Dir/Site.SXS", "new sxs", T + 10, 111);
-    t.L("Sub Dir/Site.XML", "new xml", T + 5, 222);
+    t.L("Sub Dir/Site.XML", "new xml", T + 5, 300);  // a time Windows can hold (100 ns steps)
     t.L("Sub Dir/Site.bak", "bak", T);
     t.L("Sub Dir/Site.TMP", "tmp", T);
     t.L("Sub Dir/Site.SXS1", "also a scheme file", T);
@@ -134,8 +134,10 @@ TEST(SyncSchemes, UpdateCopiesTheListedExtensionsWithExactTimesAndBacksUpWhatItR
     EXPECT_EQ(sync.Errors().Count(), 0);
     ASSERT_EQ(events.copies.size(), kBackSlashSeparates ? 3u : 4u);
     EXPECT_NE(std::find(events.copies.begin(), events.copies.end(), t.local + "/Sub Dir/Site -> " + t.remote + "/SUB DIR/"),
-              events.copies.end());
-    const std::vector<int> progress = kBackSlashSeparates ? std::vector<int>{0, 33, 67} : std::vector<int>{0, 25, 50, 75};
+              events.copies.end())
+        << ::testing::PrintToString(events.copies);
+    // Whole percent, rounded down.
+    const std::vector<int> progress = kBackSlashSeparates ? std::vector<int>{0, 33, 66} : std::vector<int>{0, 25, 50, 75};
     EXPECT_EQ(events.progress, progress);
 
     // New names take the extension in upper case; existing ones keep theirs.
@@ -148,7 +150,7 @@ TEST(SyncSchemes, UpdateCopiesTheListedExtensionsWithExactTimesAndBacksUpWhatItR
     EXPECT_EQ(TempDir::Read(t.remote + "/SUB DIR/site.sxs~0000.BAK"), "old sxs");
     FileInfo st = StatOf(t.remote + "/SUB DIR/Site.XML");
     EXPECT_EQ(st.Modified().tv_sec, T + 5);
-    EXPECT_EQ(st.Modified().tv_nsec, 222);
+    EXPECT_EQ(st.Modified().tv_nsec, 300);
     EXPECT_EQ(TempDir::Read(t.remote + "/Ünïcödé/Mëter.SXS"), "unicode");
 
     // Afterwards the two sides are in step.
@@ -273,15 +275,21 @@ TEST(SyncSchemes, AnUnreadableFolderIsSkippedAndNothingUnderItIsCalledOneSided) 
     t.L("Open/Fine.SXS", "l", T);
     t.L("Open/Site.SXS", "l", T);
     t.L("Open/SITE.sxs", "same name but for case", T);
+    // Where names ignore case (Windows) that was the same file again: no clash to report.
+    const bool caseClash = TempDir::Entries(t.local + "/Open").size() == 3;
     auto faulty = std::make_shared<FaultyFileSystem>();
     faulty->unreadableFolder = t.local + "/Locked";
     SyncSchemes sync(faulty);
     sync.GetSchemeList(t.remote, t.local);
     EXPECT_EQ(Keys(sync.NewerLocalFiles()), (std::vector<std::string>{"/OPEN/FINE.SXS", "/OPEN/SITE.SXS"}));
     EXPECT_EQ(sync.NewerRemoteFiles().Count(), 0);
-    EXPECT_EQ(Keys(sync.Errors()), (std::vector<std::string>{"/LOCKED/", "/OPEN/SITE.SXS", "/LOCKED/OTHER.SXS",
-                                                             "/LOCKED/SITE.SXS"}));
-    EXPECT_EQ(sync.Errors().Item("/OPEN/SITE.SXS").File().Name(), "Site.SXS");
+    if (caseClash) {
+        EXPECT_EQ(Keys(sync.Errors()), (std::vector<std::string>{"/LOCKED/", "/OPEN/SITE.SXS", "/LOCKED/OTHER.SXS",
+                                                                 "/LOCKED/SITE.SXS"}));
+        EXPECT_EQ(sync.Errors().Item("/OPEN/SITE.SXS").File().Name(), "Site.SXS");
+    } else {
+        EXPECT_EQ(Keys(sync.Errors()), (std::vector<std::string>{"/LOCKED/", "/LOCKED/OTHER.SXS", "/LOCKED/SITE.SXS"}));
+    }
 }
 
 TEST(SyncSchemes, AVeryDeepTreeIsScannedWithoutRecursion) {

@@ -5,8 +5,9 @@
 namespace meridex::CaseMapping {
 namespace {
 
-// The invariant locale's mapping, so the user's language never matters (no
-// Turkish dotless i).
+// The invariant locale's linguistic mapping, so the user's language never
+// matters (no Turkish dotless i); the plain table leaves some letters out (the
+// final sigma has no capital there).
 char32_t Map(char32_t c, DWORD how) {
     if (c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) return c;
     wchar_t in[2];
@@ -20,7 +21,7 @@ char32_t Map(char32_t c, DWORD how) {
         length = 2;
     }
     wchar_t out[4] = {};
-    const int got = ::LCMapStringEx(LOCALE_NAME_INVARIANT, how, in, length, out, 4, nullptr, nullptr, 0);
+    const int got = ::LCMapStringEx(LOCALE_NAME_INVARIANT, how | LCMAP_LINGUISTIC_CASING, in, length, out, 4, nullptr, nullptr, 0);
     if (got == 1 && (out[0] < 0xD800 || out[0] > 0xDFFF)) return out[0];
     if (got == 2 && out[0] >= 0xD800 && out[0] <= 0xDBFF && out[1] >= 0xDC00 && out[1] <= 0xDFFF)
         return 0x10000 + ((static_cast<char32_t>(out[0]) - 0xD800) << 10) + (static_cast<char32_t>(out[1]) - 0xDC00);

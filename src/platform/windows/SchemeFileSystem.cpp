@@ -26,6 +26,11 @@ std::string Describe(const std::string& what, const std::string& path, DWORD err
     return what + " " + path + ": " + Windows::Message(error);
 }
 
+// For a failed RenameFile, which says why in errno.
+std::string DescribeRename(const std::string& what, const std::string& path) {
+    return what + " " + path + ": " + std::strerror(errno);
+}
+
 HANDLE HandleOf(int fd) { return reinterpret_cast<HANDLE>(::_get_osfhandle(fd)); }
 
 // A C runtime descriptor owning a handle, closed when it ends.
@@ -204,14 +209,14 @@ std::vector<std::string> SchemeFileSystem::CommitPending(std::vector<PendingCopy
         std::string& error = errors[i];
         if (!copy.replaces) {
             if (!RenameFile(copy.temp, copy.destination, false))
-                error = Describe("Unable to place", copy.destination, ::GetLastError());
+                error = DescribeRename("Unable to place", copy.destination);
         } else if (!replaceReadOnly_ && IsWriteProtected(copy.destination)) {
             error = "Unable to replace " + copy.destination + ": the file is read-only";
         } else if (copy.backup && Attributes(copy.destination) != INVALID_FILE_ATTRIBUTES &&
                    BackupFile(copy.destination, error).empty()) {
             // error says why: the old file stays as it is
         } else if (!RenameFile(copy.temp, copy.destination, true)) {
-            error = Describe("Unable to replace", copy.destination, ::GetLastError());
+            error = DescribeRename("Unable to replace", copy.destination);
         }
         if (!error.empty()) ::DeleteFileW(Windows::LongPath(copy.temp).c_str());
     }
@@ -264,8 +269,9 @@ SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& sourc
             return fail(Describe("Unable to write in", folder, ::GetLastError()), Windows::ErrnoOf(::GetLastError()));
     }
     if (outHandle == INVALID_HANDLE_VALUE) return fail("No free temporary name in " + folder, EEXIST);
-    Fd out(outHandle);
+    // Declared first so it ends last: an open temporary (shared with no one) cannot be deleted.
     TempFile temp(Windows::LongPath(tempPath));
+    Fd out(outHandle);
 
     std::string why;
     if (!Transfer(in.get(), out.get(), why)) return fail("Unable to copy " + source + ": " + why, EIO);
@@ -285,7 +291,7 @@ SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& sourc
         if (backupPath) *backupPath = made;
     }
     if (!RenameFile(tempPath, destination, commit == Commit::Replace))
-        return fail(Describe("Unable to replace", destination, ::GetLastError()), errno);
+        return fail(DescribeRename("Unable to replace", destination), errno);
     temp.Release();
     return timesSet ? CopyResult::Copied : CopyResult::CopiedTimesNotSet;
 }

@@ -1,4 +1,5 @@
 #include "OsSupport.h"
+#include "windows/Wine.h"
 
 #include <io.h>
 
@@ -43,6 +44,15 @@ std::shared_ptr<UserStore> MakeScratchUserStore(const std::string&) {
 }
 
 const bool kBackSlashSeparates = true;
+
+const char* WineVersion() {
+    // Only Wine's ntdll has this export.
+    using Version = const char*(__cdecl*)();
+    const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
+    const FARPROC found = ntdll ? GetProcAddress(ntdll, "wine_get_version") : nullptr;
+    const auto version = reinterpret_cast<Version>(reinterpret_cast<void*>(found));
+    return version ? version() : nullptr;
+}
 
 const char* WhyFolderPermissionsCannotBeTested() {
     return "a Windows folder has no write permission bit: its read-only attribute does not stop new files";
