@@ -11,8 +11,8 @@ demo: bootstrap
 	  $(MAKE) --no-print-directory build-desk && scripts/desk-demo build/dev/apps/meridex-desk/meridex-desk; \
 	else \
 	  $(MAKE) --no-print-directory build-demo && scripts/demo build/demo/apps/meridex/meridex && \
-	  $(MAKE) --no-print-directory screenshots && \
-	  echo "No display: the command-line demo ran instead of Meridex Desk; its windows are pictured in docs/screenshots/"; \
+	  $(MAKE) --no-print-directory screenshots SHOTS=build/demo/screenshots && \
+	  echo "No display: the command-line demo ran instead of Meridex Desk; its windows are pictured in build/demo/screenshots/"; \
 	fi
 
 test: bootstrap build-ci
@@ -21,11 +21,13 @@ test: bootstrap build-ci
 bench: bootstrap build-dev
 	scripts/bench build/dev
 
-# Every dialog of the library rendered offscreen to docs/screenshots/NAME.png.
+# Every dialog of the library rendered offscreen to $(SHOTS)/NAME.png.
+SHOTS ?= docs/screenshots
 screenshots: bootstrap
 	cmake --preset dev
 	cmake --build --preset dev -j $(JOBS) --target meridex-screenshots
-	build/dev/tests/ui/meridex-screenshots docs/screenshots
+	mkdir -p $(SHOTS)
+	build/dev/tests/ui/meridex-screenshots $(SHOTS)
 
 # Each libFuzzer target for FUZZ_SECONDS (default 60); see scripts/fuzz.
 fuzz: bootstrap
