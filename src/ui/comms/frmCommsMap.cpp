@@ -212,7 +212,7 @@ void frmCommsMap::BuildControls() {
 
     stkFrames = new QStackedWidget(this);
     stkFrames->setObjectName(QStringLiteral("stkFrames"));
-    for (const FrameSpec& spec : kFrames) MakeFrame(QLatin1String(spec.name), QLatin1String(spec.title), spec.fields);
+    for (const FrameSpec& frame : kFrames) MakeFrame(QLatin1String(frame.name), QLatin1String(frame.title), frame.fields);
 
     lblWarning = new QLabel(this);
     lblWarning->setObjectName(QStringLiteral("lblWarning"));
