@@ -333,6 +333,9 @@ void UpgradeFirmwareForm::ShowUpgradeFirmware(Logger* logger, ErrorHandler* errH
     form.setLogger(logger);
     form.setErrHandler(errHandler);
     form.setFirmwareFilesPath(firmwareFilesPath);
+    // Shown before the logger is asked who it is, so modal from the start: exec() on a
+    // visible dialog would leave it modeless over the host.
+    form.setWindowModality(Qt::ApplicationModal);
     form.show();
     form.Form_Load();
     form.exec();
