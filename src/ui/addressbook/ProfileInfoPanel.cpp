@@ -4,18 +4,13 @@
 #include <QLabel>
 
 #include <meridex/comms/ProfileXml.h>
+#include <meridex/ui/frame/Controls.h>
 #include <meridex/ui/frame/ImageKeys.h>
 
 namespace meridex::ui {
 namespace {
 
 QString Q(const std::string& text) { return QString::fromStdString(text); }
-
-QLabel* Label(const QString& name, const QString& text, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setObjectName(name);
-    return label;
-}
 
 }  // namespace
 
@@ -34,15 +29,15 @@ QString SiteDeviceIconKey(const XmlNode& profile) {
 ProfileInfoPanel::ProfileInfoPanel(QWidget* parent) : QFrame(parent) {
     setObjectName(QStringLiteral("picInfo"));
     setFrameShape(QFrame::StyledPanel);
-    imgProfile = Label(QStringLiteral("imgProfile"), {}, this);
+    imgProfile = NamedLabel(QStringLiteral("imgProfile"), {}, this);
     imgProfile->setFixedSize(36, 36);
     imgProfile->setAlignment(Qt::AlignCenter);
-    lblName = Label(QStringLiteral("lblName"), QStringLiteral("Device Name"), this);
+    lblName = NamedLabel(QStringLiteral("lblName"), QStringLiteral("Device Name"), this);
     lblName->setTextInteractionFlags(Qt::TextSelectableByMouse);
     QFont bold = lblName->font();
     bold.setBold(true);
     lblName->setFont(bold);
-    lblSummary = Label(QStringLiteral("lblSummary"), {}, this);
+    lblSummary = NamedLabel(QStringLiteral("lblSummary"), {}, this);
     lblSummary->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     lblSummary->setTextInteractionFlags(Qt::TextSelectableByMouse);
     // One parameter a line: a wrapped value would read as a parameter of its own.
@@ -50,9 +45,9 @@ ProfileInfoPanel::ProfileInfoPanel(QWidget* parent) : QFrame(parent) {
 
     auto* layout = new QGridLayout(this);
     layout->addWidget(imgProfile, 0, 0, 2, 1, Qt::AlignTop);
-    layout->addWidget(Label(QStringLiteral("lblDeviceCaption"), QStringLiteral("Device:"), this), 0, 1);
+    layout->addWidget(NamedLabel(QStringLiteral("lblDeviceCaption"), QStringLiteral("Device:"), this), 0, 1);
     layout->addWidget(lblName, 0, 2);
-    layout->addWidget(Label(QStringLiteral("lblSummaryCaption"), QStringLiteral("Summary:"), this), 1, 1,
+    layout->addWidget(NamedLabel(QStringLiteral("lblSummaryCaption"), QStringLiteral("Summary:"), this), 1, 1,
                       Qt::AlignTop);
     layout->addWidget(lblSummary, 1, 2);
     layout->setColumnStretch(2, 1);

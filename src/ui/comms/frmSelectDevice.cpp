@@ -20,12 +20,6 @@ namespace {
 
 QString Q(const std::string& text) { return QString::fromStdString(text); }
 
-QLabel* Label(const QString& name, const QString& text, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setObjectName(name);
-    return label;
-}
-
 }  // namespace
 
 frmSelectDevice::frmSelectDevice(QWidget* parent) : QDialog(parent) {
@@ -47,15 +41,15 @@ frmSelectDevice::frmSelectDevice(QWidget* parent) : QDialog(parent) {
     picInfo = new QFrame(this);
     picInfo->setObjectName(QStringLiteral("picInfo"));
     static_cast<QFrame*>(picInfo)->setFrameShape(QFrame::StyledPanel);
-    imgProfile = Label(QStringLiteral("imgProfile"), {}, picInfo);
+    imgProfile = NamedLabel(QStringLiteral("imgProfile"), {}, picInfo);
     imgProfile->setFixedSize(32, 32);
-    auto* lblDevice = Label(QStringLiteral("lblDevice"), QStringLiteral("Device:"), picInfo);
-    lblName = Label(QStringLiteral("lblName"), QStringLiteral("Device Name"), picInfo);
+    auto* lblDevice = NamedLabel(QStringLiteral("lblDevice"), QStringLiteral("Device:"), picInfo);
+    lblName = NamedLabel(QStringLiteral("lblName"), QStringLiteral("Device Name"), picInfo);
     QFont bold = lblName->font();
     bold.setBold(true);
     lblName->setFont(bold);
-    auto* lblSummaryCaption = Label(QStringLiteral("lblSummaryCaption"), QStringLiteral("Summary:"), picInfo);
-    lblSummary = Label(QStringLiteral("lblSummary"), {}, picInfo);
+    auto* lblSummaryCaption = NamedLabel(QStringLiteral("lblSummaryCaption"), QStringLiteral("Summary:"), picInfo);
+    lblSummary = NamedLabel(QStringLiteral("lblSummary"), {}, picInfo);
     lblSummary->setTextInteractionFlags(Qt::TextSelectableByMouse);
     lblSummary->setWordWrap(true);
     lblName->setWordWrap(true);

@@ -1,5 +1,6 @@
 #include <meridex/ui/frame/Controls.h>
 
+#include <QLabel>
 #include <QPushButton>
 #include <QTreeWidget>
 
@@ -14,6 +15,12 @@ QTreeWidget* ListView(const QString& name, QWidget* parent) {
     list->setUniformRowHeights(true);
     list->setSelectionMode(QAbstractItemView::SingleSelection);
     return list;
+}
+
+QLabel* NamedLabel(const QString& name, const QString& text, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    label->setObjectName(name);
+    return label;
 }
 
 QPushButton* CommandButton(const QString& name, const QString& caption, QWidget* parent) {

@@ -2,6 +2,7 @@
 // Internal to the dialog library: the plain controls the dialogs build their forms from.
 #include <QString>
 
+class QLabel;
 class QPushButton;
 class QTreeWidget;
 class QWidget;
@@ -24,6 +25,9 @@ private:
 
 /// A one-column list named name: no header, no tree lines, one row chosen at a time.
 QTreeWidget* ListView(const QString& name, QWidget* parent);
+
+/// A label named name showing text.
+QLabel* NamedLabel(const QString& name, const QString& text, QWidget* parent);
 
 /// A button named name that Enter in a field of the dialog does not press.
 QPushButton* CommandButton(const QString& name, const QString& caption, QWidget* parent);

@@ -17,6 +17,7 @@
 #include <meridex/settings/Profiles.h>
 #include <meridex/settings/Settings.h>
 #include <meridex/settings/V4StandardProfiles.h>
+#include <meridex/ui/frame/Controls.h>
 #include <meridex/ui/frame/ImageKeys.h>
 #include <meridex/ui/frame/Trap.h>
 #include <meridex/ui/settings/PasswordCoding.h>
@@ -30,37 +31,6 @@ constexpr const char* kPassword = "PROFILE_PASSWORD";
 constexpr const char* kCurrentProfile = "CURRENT_PROFILE";
 
 QString Q(const std::string& text) { return QString::fromStdString(text); }
-
-// Sets a flag for the life of a scope and restores what it was.
-class Filling {
-public:
-    explicit Filling(bool& flag) : flag_(flag), was_(flag) { flag_ = true; }
-    ~Filling() { flag_ = was_; }
-    Filling(const Filling&) = delete;
-    Filling& operator=(const Filling&) = delete;
-
-private:
-    bool& flag_;
-    bool was_;
-};
-
-QTreeWidget* ListView(const QString& name, QWidget* parent) {
-    auto* list = new QTreeWidget(parent);
-    list->setObjectName(name);
-    list->setColumnCount(1);
-    list->setHeaderHidden(true);
-    list->setRootIsDecorated(false);
-    list->setUniformRowHeights(true);
-    list->setSelectionMode(QAbstractItemView::SingleSelection);
-    return list;
-}
-
-QPushButton* Button(const QString& name, const QString& caption, QWidget* parent) {
-    auto* button = new QPushButton(caption, parent);
-    button->setObjectName(name);
-    button->setAutoDefault(false);
-    return button;
-}
 
 // What a handler meets when the object it needs is missing.
 Error NotSet() { return Error(91, "frmProfiles", "Object variable or With block variable not set"); }
@@ -88,8 +58,8 @@ void frmProfiles::BuildControls() {
     lblSelectProfile->setObjectName(QStringLiteral("lblSelectProfile"));
     lvProfiles = ListView(QStringLiteral("lvProfiles"), content);
     lblSelectProfile->setBuddy(lvProfiles);
-    cmdAddProfile = Button(QStringLiteral("cmdAddProfile"), QStringLiteral("&Add..."), content);
-    cmdDeleteProfile = Button(QStringLiteral("cmdDeleteProfile"), QStringLiteral("&Delete"), content);
+    cmdAddProfile = CommandButton(QStringLiteral("cmdAddProfile"), QStringLiteral("&Add..."), content);
+    cmdDeleteProfile = CommandButton(QStringLiteral("cmdDeleteProfile"), QStringLiteral("&Delete"), content);
     lblSetCurrentProfile = new QLabel(QStringLiteral("C&urrent profile:"), content);
     lblSetCurrentProfile->setObjectName(QStringLiteral("lblSetCurrentProfile"));
     cboCurrentProfile = new QComboBox(content);
@@ -119,8 +89,8 @@ void frmProfiles::BuildControls() {
     columns->addWidget(fraProfile, 5);
     Scroller1->setWidget(content);
 
-    cmdLock = Button(QStringLiteral("cmdLock"), QStringLiteral("Lock"), this);
-    cmdOK = Button(QStringLiteral("cmdOK"), QStringLiteral("OK"), this);
+    cmdLock = CommandButton(QStringLiteral("cmdLock"), QStringLiteral("Lock"), this);
+    cmdOK = CommandButton(QStringLiteral("cmdOK"), QStringLiteral("OK"), this);
     cmdOK->setDefault(true);
     auto* closing = new QHBoxLayout;
     closing->addWidget(cmdLock);
