@@ -45,7 +45,10 @@ for kind in "${kinds[@]}"; do
   # Each installed header compiles on its own: nothing it needs is missing.
   while IFS= read -r header; do
     rel=${header#"$prefix/include/"}
-    printf '#include <%s>\n' "$rel" | c++ -std=c++20 -fsyntax-only -I"$prefix/include" -x c++ - \
+    # The dialogs' headers need Qt's, as a consumer of meridex::ui gets them from Qt6::Widgets.
+    qt=()
+    case "$rel" in meridex/ui/*) read -ra qt <<<"-fPIC $(pkg-config --cflags Qt6Widgets)" ;; esac
+    printf '#include <%s>\n' "$rel" | c++ -std=c++20 -fsyntax-only -I"$prefix/include" "${qt[@]}" -x c++ - \
       || fail "$rel does not compile on its own"
   done < <(find "$inc" -name '*.h' | sort)
 
