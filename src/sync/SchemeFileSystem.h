@@ -31,6 +31,10 @@ public:
 
     /// True when path names a folder (a link to one included).
     bool FolderExists(const std::string& path) const;
+    /// The name of the folder at path as the file system keeps it, which may
+    /// differ in letter case from the name asked for where names are matched
+    /// ignoring case; "" when no folder is there.
+    std::string FolderSpelling(const std::string& path) const;
     /// The normal files and the sub-folders of a folder, each sorted by name.
     /// Symbolic links count as what they point to, except that links to folders
     /// are not followed (so a link loop cannot trap a scan). False, with

@@ -17,15 +17,20 @@ namespace meridex {
 
 namespace {
 
-std::string Join(const std::string& folder, const std::string& name) {
-    if (folder.empty()) return name;
-    return folder.back() == '/' ? folder + name : folder + "/" + name;
+bool EndsWithSeparator(const std::string& path) {
+    return !path.empty() && FileSystem::LastSeparator(path) == path.size() - 1;
 }
 
-// "/a/b/" and "/a/b" are the same root; "/" stays "/".
+std::string Join(const std::string& folder, const std::string& name) {
+    if (folder.empty()) return name;
+    return EndsWithSeparator(folder) ? folder + name : folder + "/" + name;
+}
+
+// "/a/b/" and "/a/b" are the same root ("C:\a\b\" too on Windows); "/"
+// and "C:\" stay as they are.
 std::string NormalRoot(const std::string& path) {
     std::string root = path;
-    while (root.size() > 1 && root.back() == '/') root.pop_back();
+    while (root.size() > FileSystem::RootLength(root) && EndsWithSeparator(root)) root.pop_back();
     return root;
 }
 
@@ -440,10 +445,13 @@ std::string SyncSchemes::ResolveFolder(const std::string& root, const std::strin
         start = end + 1;
         if (part.empty()) continue;
         std::string next = Join(path, part);
-        if (searching && !fs_->FolderExists(next)) {
-            const std::string* match = nullptr;
-            if (fs_->ListFolder(path, files, folders)) match = FindFolder(folders, part);
-            if (match)
+        if (searching) {
+            // Where names are matched ignoring case the folder is found as
+            // asked, but it keeps the spelling it has on disk.
+            const std::string spelling = fs_->FolderSpelling(next);
+            const std::string* match = &spelling;
+            if (spelling.empty() && fs_->ListFolder(path, files, folders)) match = FindFolder(folders, part);
+            if (match && !match->empty())
                 next = Join(path, *match);
             else
                 searching = false;  // nothing below a missing folder exists either

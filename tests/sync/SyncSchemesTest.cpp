@@ -91,7 +91,9 @@ TEST(SyncSchemes, AMissingRootIsAnEmptySideAndACancelledScanSortsNothing) {
     sync.GetSchemeList("no such folder", "local/");
     fs::current_path(cwd);
     EXPECT_EQ(Keys(sync.NewerLocalFiles()), (std::vector<std::string>{"/A.SXS", "/B.SXS"}));
-    EXPECT_EQ(sync.NewerLocalFiles().Item(1).File().Path(), t.local + "/A.SXS");
+    // Windows spells the made-absolute root with its own separator.
+    EXPECT_EQ(fs::path(sync.NewerLocalFiles().Item(1).File().Path()).lexically_normal(),
+              fs::path(t.local + "/A.SXS").lexically_normal());
 
     struct CancelAtFirst : SyncEvents {
         SyncSchemes* sync;

@@ -97,6 +97,11 @@ bool SchemeFileSystem::FolderExists(const std::string& path) const {
     return !path.empty() && ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
+// Names are matched exactly here: a folder found is spelled as asked.
+std::string SchemeFileSystem::FolderSpelling(const std::string& path) const {
+    return FolderExists(path) ? NameOf(path) : std::string();
+}
+
 bool SchemeFileSystem::ListFolder(const std::string& folder, std::vector<std::string>& files,
                                   std::vector<std::string>& folders, int* errnoOut) {
     files.clear();

@@ -128,6 +128,17 @@ bool SchemeFileSystem::FolderExists(const std::string& path) const {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
+// A search for the path itself answers the name as the disk keeps it.
+std::string SchemeFileSystem::FolderSpelling(const std::string& path) const {
+    if (path.empty() || path.find_first_of("*?") != std::string::npos) return "";
+    WIN32_FIND_DATAW entry;
+    HANDLE search = ::FindFirstFileExW(Windows::LongPath(path).c_str(), FindExInfoBasic, &entry, FindExSearchNameMatch,
+                                       nullptr, 0);
+    if (search == INVALID_HANDLE_VALUE) return "";
+    ::FindClose(search);
+    return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) ? Wide::ToUtf8(entry.cFileName) : std::string();
+}
+
 bool SchemeFileSystem::ListFolder(const std::string& folder, std::vector<std::string>& files,
                                   std::vector<std::string>& folders, int* errnoOut) {
     files.clear();
@@ -241,10 +252,16 @@ SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& sourc
         if (code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND) return CopyResult::SourceMissing;
         return fail(Describe("Unable to open", source, code), Windows::ErrnoOf(code));
     }
-    Fd in(inHandle);
+    // Its times are read before the handle becomes a C runtime descriptor:
+    // the runtime may read from the file as it wraps it, which moves the
+    // access time the copy is to keep.
     BY_HANDLE_FILE_INFORMATION src{};
-    if (!::GetFileInformationByHandle(inHandle, &src))
-        return fail(Describe("Unable to read", source, ::GetLastError()), EIO);
+    if (!::GetFileInformationByHandle(inHandle, &src)) {
+        const DWORD code = ::GetLastError();
+        ::CloseHandle(inHandle);
+        return fail(Describe("Unable to read", source, code), EIO);
+    }
+    Fd in(inHandle);
     if (src.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) return fail("Not a normal file: " + source, EINVAL);
 
     const DWORD target = Attributes(destination);
