@@ -48,19 +48,32 @@ bool WindowsLink::SendSerial(std::string_view bytes) {
 }
 
 ByteLink::ReadResult WindowsLink::ReceiveSerial(std::string& into, std::chrono::milliseconds timeout) {
-    // Returns at once with what has arrived, or waits up to the timeout for the first byte.
+    // Waits up to the timeout for one byte, then takes whatever else has
+    // arrived without waiting. Each read asks only for what is sure to
+    // complete it: the "return at once with what has arrived" timeouts are
+    // not kept alike by every serial driver (Wine's waits for a full buffer).
+    const long long ms = std::max<long long>(0, timeout.count());
     COMMTIMEOUTS t{};
     ::GetCommTimeouts(serial_, &t);
-    long long ms = std::max<long long>(0, timeout.count());
-    t.ReadIntervalTimeout = MAXDWORD;
-    t.ReadTotalTimeoutMultiplier = ms > 0 ? MAXDWORD : 0;
+    t.ReadIntervalTimeout = ms > 0 ? 0 : MAXDWORD;
+    t.ReadTotalTimeoutMultiplier = 0;
     t.ReadTotalTimeoutConstant = static_cast<DWORD>(std::min<long long>(ms, MAXDWORD - 1));
     if (!::SetCommTimeouts(serial_, &t)) return ReadResult::Lost;
-    char buffer[65536];
+    char first = 0;
     DWORD n = 0;
-    if (!::ReadFile(serial_, buffer, sizeof buffer, &n, nullptr)) return ReadResult::Lost;
+    if (!::ReadFile(serial_, &first, 1, &n, nullptr)) return ReadResult::Lost;
     if (n == 0) return ReadResult::Timeout;
-    into.append(buffer, n);
+    into.push_back(first);
+
+    DWORD errors = 0;
+    COMSTAT status{};
+    if (!::ClearCommError(serial_, &errors, &status) || status.cbInQue == 0) return ReadResult::Data;
+    t.ReadIntervalTimeout = MAXDWORD;
+    t.ReadTotalTimeoutConstant = 0;
+    if (!::SetCommTimeouts(serial_, &t)) return ReadResult::Data;
+    char buffer[65536];
+    const DWORD wanted = std::min<DWORD>(status.cbInQue, sizeof buffer);
+    if (::ReadFile(serial_, buffer, wanted, &n, nullptr)) into.append(buffer, n);
     return ReadResult::Data;
 }
 
