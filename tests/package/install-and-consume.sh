@@ -105,6 +105,8 @@ for kind in "${kinds[@]}"; do
       [ -f "$ui" ] || fail "cpack did not make meridex-ui_${version}_${arch}.deb"
       grep -q 'libmeridex_ui.so.0 ->' <<<"$(dpkg-deb -c "$ui")" || fail "meridex-ui has no library"
       grep -q './usr/bin/meridex-dialogs$' <<<"$(dpkg-deb -c "$ui")" || fail "meridex-ui has no meridex-dialogs"
+      grep -q './usr/share/meridex/demo/settings/V4Settings.xml$' <<<"$(dpkg-deb -c "$ui")" \
+        || fail "meridex-ui has no demo workspace for meridex-desk"
       grep -qF "meridex (= $version)" <<<"$(dpkg-deb -f "$ui" Depends)" || fail "meridex-ui does not depend on meridex"
     fi
     py="$build/python3-meridex_${version}_${arch}.deb"

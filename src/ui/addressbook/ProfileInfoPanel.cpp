@@ -4,6 +4,7 @@
 #include <QLabel>
 
 #include <meridex/comms/ProfileXml.h>
+#include <meridex/ui/comms/CommsIcons.h>
 #include <meridex/ui/frame/Controls.h>
 #include <meridex/ui/frame/ImageKeys.h>
 
@@ -66,12 +67,8 @@ QString ProfileInfoPanel::IconKeyOf(const XmlNode& profile) {
     return icon.isEmpty() ? QStringLiteral("UNKNOWN") : icon;
 }
 
-QString ProfileInfoPanel::SummaryOf(const XmlNode& profile) {
-    QStringList lines;
-    for (XmlNode child = profile.FirstChildElement(); child; child = child.NextSiblingElement())
-        lines << Q(child.Name()) + QStringLiteral(" = ") + Q(child.Text());
-    return lines.join(QStringLiteral("\r\n"));
-}
+// The same lines as the device dialogs' summary.
+QString ProfileInfoPanel::SummaryOf(const XmlNode& profile) { return ProfileSummary(profile); }
 
 void ProfileInfoPanel::ShowProfile(const XmlNode& profile) {
     lblName->setText(NameOf(profile));
