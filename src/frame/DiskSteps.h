@@ -1,7 +1,9 @@
 #pragma once
 #include <sys/types.h>
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 // Internal: the system calls a save makes, one virtual step each, so tests can
 // make any of them fail (disk full, I/O error, a folder without write
@@ -22,9 +24,24 @@ public:
     virtual int Sync(int fd);
     /// rename.
     virtual int Rename(const std::string& from, const std::string& to);
+    /// ftruncate: cuts (or extends) the file to size bytes.
+    virtual int Truncate(int fd, std::uint64_t size);
+    /// close.
+    virtual int Close(int fd);
 };
 
 /// Installs the steps every later save uses (nullptr: the real system calls); answers the previous ones.
 DiskSteps* InstallDiskSteps(DiskSteps* steps) noexcept;
+/// The steps saves use now.
+DiskSteps& CurrentDiskSteps() noexcept;
+
+/// Writes all of bytes from the start of fd through the current steps; false with errno set.
+bool WriteAllAt(int fd, std::string_view bytes);
+/// The fallback when no file can be made beside the target (a folder the user
+/// may not write, holding a file the user may): the target is rewritten in
+/// place and flushed. If a write fails part-way, the old bytes are written
+/// back, so only a crash in the middle can leave a mixed file. False with
+/// errorOut an errno value.
+bool WriteInPlace(const std::string& target, std::string_view bytes, int& errorOut);
 
 }  // namespace meridex::FileOps

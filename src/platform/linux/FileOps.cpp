@@ -63,28 +63,11 @@ int DiskSteps::Sync(int fd) { return ::fsync(fd); }
 
 int DiskSteps::Rename(const std::string& from, const std::string& to) { return ::rename(from.c_str(), to.c_str()); }
 
+int DiskSteps::Truncate(int fd, std::uint64_t size) { return ::ftruncate(fd, static_cast<off_t>(size)); }
+
+int DiskSteps::Close(int fd) { return ::close(fd); }
+
 namespace {
-
-DiskSteps gRealSteps;
-DiskSteps* gSteps = &gRealSteps;
-
-bool WriteAt(int fd, std::string_view bytes) {
-    off_t offset = 0;
-    while (!bytes.empty()) {
-        const ssize_t n = gSteps->Write(fd, bytes.data(), bytes.size(), offset);
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            return false;
-        }
-        if (n == 0) {
-            errno = EIO;
-            return false;
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(n));
-        offset += n;
-    }
-    return true;
-}
 
 // The file a path finally names: symbolic links are followed (relative ones
 // from their own folder), so a save replaces the shared file a link points
@@ -148,38 +131,7 @@ void RemoveDeadTemporaries(const std::string& folder, const std::string& name) {
     ::closedir(dir);
 }
 
-// The fallback when no file can be made beside the target (a folder the user
-// may not write, holding a file the user may): the target is rewritten in
-// place and flushed. If a write fails part-way, the old bytes are written
-// back, so only a crash in the middle can leave a mixed file.
-bool WriteInPlace(const std::string& target, std::string_view bytes, int& errorOut) {
-    std::string old;
-    if (!ReadWholeFile(target, old)) {
-        errorOut = errno ? errno : EIO;
-        return false;
-    }
-    const int fd = gSteps->OpenExisting(target);
-    if (fd < 0) {
-        errorOut = errno;
-        return false;
-    }
-    bool ok = WriteAt(fd, bytes) && ::ftruncate(fd, static_cast<off_t>(bytes.size())) == 0 && gSteps->Sync(fd) == 0;
-    if (!ok) {
-        errorOut = errno;
-        if (WriteAt(fd, old) && ::ftruncate(fd, static_cast<off_t>(old.size())) == 0) gSteps->Sync(fd);
-    }
-    ok = ::close(fd) == 0 && ok;
-    if (!ok && errorOut == 0) errorOut = errno;
-    return ok;
-}
-
 }  // namespace
-
-DiskSteps* InstallDiskSteps(DiskSteps* steps) noexcept {
-    DiskSteps* previous = gSteps == &gRealSteps ? nullptr : gSteps;
-    gSteps = steps ? steps : &gRealSteps;
-    return previous;
-}
 
 bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::string* error) {
     const auto fail = [&](std::string reason) {
@@ -203,7 +155,8 @@ bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::strin
     const std::string name = sep == std::string::npos ? native : native.substr(sep + 1);
     RemoveDeadTemporaries(folder, name);
     std::string temp = folder + "/." + name + std::string(kTempTag) + std::to_string(::getpid()) + "-XXXXXX";
-    const int fd = gSteps->CreateTemp(temp);
+    DiskSteps& steps = CurrentDiskSteps();
+    const int fd = steps.CreateTemp(temp);
     if (fd < 0) {
         const int createError = errno;
         if (!exists || (createError != EACCES && createError != EPERM)) return fail(Reason("cannot write in", folder, createError));
@@ -214,11 +167,11 @@ bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::strin
     // Held until the rename: tells a later save that this writer is alive.
     ::flock(fd, LOCK_EX);
     errno = 0;
-    bool ok = WriteAt(fd, bytes) && ::fchmod(fd, mode) == 0 && gSteps->Sync(fd) == 0;
+    bool ok = WriteAllAt(fd, bytes) && ::fchmod(fd, mode) == 0 && steps.Sync(fd) == 0;
     int writeError = errno;
     if (exists && (st.st_uid != ::geteuid() || st.st_gid != ::getegid()))
         (void)::fchown(fd, st.st_uid, st.st_gid);  // best effort: the file keeps its owner
-    if (::close(fd) != 0 && ok) {
+    if (steps.Close(fd) != 0 && ok) {
         ok = false;
         writeError = errno;
     }
@@ -226,7 +179,7 @@ bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::strin
         ::unlink(temp.c_str());
         return fail(Reason("cannot write", path, writeError ? writeError : EIO));
     }
-    if (gSteps->Rename(temp, native) != 0) {
+    if (steps.Rename(temp, native) != 0) {
         const int renameError = errno;
         ::unlink(temp.c_str());
         return fail(Reason("cannot replace", path, renameError));

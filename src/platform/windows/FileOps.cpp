@@ -111,6 +111,15 @@ ssize_t DiskSteps::Write(int fd, const char* data, std::size_t size, off_t offse
 
 int DiskSteps::Sync(int fd) { return ::FlushFileBuffers(HandleOf(fd)) ? 0 : SetErrno(::GetLastError()); }
 
+int DiskSteps::Truncate(int fd, std::uint64_t size) {
+    LARGE_INTEGER end{};
+    end.QuadPart = static_cast<LONGLONG>(size);
+    if (::SetFilePointerEx(HandleOf(fd), end, nullptr, FILE_BEGIN) && ::SetEndOfFile(HandleOf(fd))) return 0;
+    return SetErrno(::GetLastError());
+}
+
+int DiskSteps::Close(int fd) { return ::_close(fd); }
+
 int DiskSteps::Rename(const std::string& from, const std::string& to) {
     const std::wstring source = Windows::LongPath(from);
     const std::wstring target = Windows::LongPath(to);
@@ -125,32 +134,6 @@ int DiskSteps::Rename(const std::string& from, const std::string& to) {
 }
 
 namespace {
-
-DiskSteps gRealSteps;
-DiskSteps* gSteps = &gRealSteps;
-
-bool WriteAt(int fd, std::string_view bytes) {
-    off_t offset = 0;
-    while (!bytes.empty()) {
-        const ssize_t n = gSteps->Write(fd, bytes.data(), bytes.size(), offset);
-        if (n < 0) return false;
-        if (n == 0) {
-            errno = EIO;
-            return false;
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(n));
-        offset += n;
-    }
-    return true;
-}
-
-bool Truncate(int fd, std::size_t size) {
-    LARGE_INTEGER end{};
-    end.QuadPart = static_cast<LONGLONG>(size);
-    if (::SetFilePointerEx(HandleOf(fd), end, nullptr, FILE_BEGIN) && ::SetEndOfFile(HandleOf(fd))) return true;
-    SetErrno(::GetLastError());
-    return false;
-}
 
 constexpr std::string_view kTempTag = ".tmp-";
 
@@ -186,37 +169,7 @@ void RemoveDeadTemporaries(const std::string& folder, const std::string& name) {
     ::FindClose(search);
 }
 
-// The fallback when no file can be made beside the target: the target is
-// rewritten in place and flushed; a write that fails part-way puts the old
-// bytes back.
-bool WriteInPlace(const std::string& target, std::string_view bytes, int& errorOut) {
-    std::string old;
-    if (!ReadWholeFile(target, old)) {
-        errorOut = errno ? errno : EIO;
-        return false;
-    }
-    const int fd = gSteps->OpenExisting(target);
-    if (fd < 0) {
-        errorOut = errno;
-        return false;
-    }
-    bool ok = WriteAt(fd, bytes) && Truncate(fd, bytes.size()) && gSteps->Sync(fd) == 0;
-    if (!ok) {
-        errorOut = errno;
-        if (WriteAt(fd, old) && Truncate(fd, old.size())) gSteps->Sync(fd);
-    }
-    ok = ::_close(fd) == 0 && ok;
-    if (!ok && errorOut == 0) errorOut = errno;
-    return ok;
-}
-
 }  // namespace
-
-DiskSteps* InstallDiskSteps(DiskSteps* steps) noexcept {
-    DiskSteps* previous = gSteps == &gRealSteps ? nullptr : gSteps;
-    gSteps = steps ? steps : &gRealSteps;
-    return previous;
-}
 
 bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::string* error) {
     const auto fail = [&](std::string reason) {
@@ -236,7 +189,8 @@ bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::strin
     RemoveDeadTemporaries(folder, name);
     std::string temp =
         folderPrefix + "." + name + std::string(kTempTag) + std::to_string(::GetCurrentProcessId()) + "-XXXXXX";
-    const int fd = gSteps->CreateTemp(temp);
+    DiskSteps& steps = CurrentDiskSteps();
+    const int fd = steps.CreateTemp(temp);
     if (fd < 0) {
         const int createError = errno;
         if (!exists || (createError != EACCES && createError != EPERM))
@@ -246,9 +200,9 @@ bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::strin
         return true;
     }
     errno = 0;
-    bool ok = WriteAt(fd, bytes) && gSteps->Sync(fd) == 0;
+    bool ok = WriteAllAt(fd, bytes) && steps.Sync(fd) == 0;
     int writeError = errno;
-    if (::_close(fd) != 0 && ok) {
+    if (steps.Close(fd) != 0 && ok) {
         ok = false;
         writeError = errno;
     }
@@ -257,7 +211,7 @@ bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::strin
         ::DeleteFileW(wideTemp.c_str());
         return fail(Reason("cannot write", path, writeError ? writeError : EIO));
     }
-    if (gSteps->Rename(temp, path) != 0) {
+    if (steps.Rename(temp, path) != 0) {
         const int renameError = errno;
         ::DeleteFileW(wideTemp.c_str());
         return fail(Reason("cannot replace", path, renameError));
