@@ -200,13 +200,6 @@ void SchemeFileSystem::FlushFolder(const std::string& folder) {
     ::close(fd);
 }
 
-SchemeFileSystem::CopyResult SchemeFileSystem::CopyFile(const std::string& source,
-                                                        const std::string& destination, bool backup,
-                                                        std::string& error, std::string* backupPath,
-                                                        std::vector<PendingCopy>* pending) {
-    return CopyInto(source, destination, Commit::Replace, backup, error, backupPath, nullptr, pending);
-}
-
 bool SchemeFileSystem::FlushFileSystem(const std::string& folder) {
     int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) return false;
@@ -328,12 +321,6 @@ SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& sourc
     temp.Release();
     FlushFolder(folder);
     return timesSet ? CopyResult::Copied : CopyResult::CopiedTimesNotSet;
-}
-
-std::string SchemeFileSystem::BackupName(const std::string& path, unsigned number) {
-    char digits[16];
-    std::snprintf(digits, sizeof digits, "%04u", number);
-    return path + "~" + digits + ".BAK";
 }
 
 std::string SchemeFileSystem::BackupFile(const std::string& path, std::string& error) {

@@ -207,12 +207,6 @@ void SchemeFileSystem::FlushFolder(const std::string&) {}
 // flushed when it is closed instead.
 bool SchemeFileSystem::FlushFileSystem(const std::string&) { return true; }
 
-SchemeFileSystem::CopyResult SchemeFileSystem::CopyFile(const std::string& source, const std::string& destination,
-                                                        bool backup, std::string& error, std::string* backupPath,
-                                                        std::vector<PendingCopy>* pending) {
-    return CopyInto(source, destination, Commit::Replace, backup, error, backupPath, nullptr, pending);
-}
-
 std::vector<std::string> SchemeFileSystem::CommitPending(std::vector<PendingCopy>& pending) {
     std::vector<std::string> errors(pending.size());
     for (std::size_t i = 0; i < pending.size(); ++i) {
@@ -311,12 +305,6 @@ SchemeFileSystem::CopyResult SchemeFileSystem::CopyInto(const std::string& sourc
         return fail(DescribeRename("Unable to replace", destination), errno);
     temp.Release();
     return timesSet ? CopyResult::Copied : CopyResult::CopiedTimesNotSet;
-}
-
-std::string SchemeFileSystem::BackupName(const std::string& path, unsigned number) {
-    char digits[16];
-    std::snprintf(digits, sizeof digits, "%04u", number);
-    return path + "~" + digits + ".BAK";
 }
 
 std::string SchemeFileSystem::BackupFile(const std::string& path, std::string& error) {
