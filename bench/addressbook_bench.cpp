@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "BenchFolder.h"
 #include <meridex/addressbook/AddressBook.h>
 #include <meridex/comms/ImportCommsProfiles.h>
 
@@ -20,24 +21,6 @@ namespace fs = std::filesystem;
 using namespace meridex;
 
 namespace {
-
-std::string workDir;  // declared before cleanup, so it outlives it
-
-const std::string& WorkDir() {
-    if (workDir.empty()) {
-        std::string pattern = (fs::temp_directory_path() / "meridex-book-bench-XXXXXX").string();
-        if (!mkdtemp(pattern.data())) std::abort();
-        workDir = pattern;
-    }
-    return workDir;
-}
-
-struct Cleanup {
-    ~Cleanup() {
-        std::error_code error;
-        if (!workDir.empty()) fs::remove_all(workDir, error);
-    }
-} cleanup;
 
 constexpr int kRegions = 20;
 constexpr int kCatchments = 10;
@@ -47,7 +30,7 @@ constexpr int kSitesPerCatchment = 100;  // 20 x 10 x 100 = 20,000 sites
 const std::string& BigBook(std::vector<std::string>* paths = nullptr) {
     static std::vector<std::string> allPaths;
     static const std::string file = [] {
-        const std::string path = WorkDir() + "/AddressBook.xml";
+        const std::string path = BenchFolder() + "/AddressBook.xml";
         AddressBook book;
         book.LoadAddressBook(path);
         for (int r = 0; r < kRegions; ++r) {
@@ -101,14 +84,14 @@ BENCHMARK(BM_BaselineLoad)->Unit(benchmark::kMillisecond);
 void BM_BookSave(benchmark::State& state) {
     AddressBook book;
     book.LoadAddressBook(BigBook());
-    const std::string out = WorkDir() + "/saved.xml";
+    const std::string out = BenchFolder() + "/saved.xml";
     for (auto _ : state) book.SaveAddressBook(out);
 }
 BENCHMARK(BM_BookSave)->Unit(benchmark::kMillisecond);
 
 void BM_BaselineSave(benchmark::State& state) {
     xmlDocPtr doc = xmlReadFile(BigBook().c_str(), nullptr, XML_PARSE_NONET);
-    const std::string out = WorkDir() + "/saved-raw.xml";
+    const std::string out = BenchFolder() + "/saved-raw.xml";
     for (auto _ : state) benchmark::DoNotOptimize(xmlSaveFile(out.c_str(), doc));
     xmlFreeDoc(doc);
 }
@@ -167,7 +150,7 @@ const std::string& SchemeTree(int count) {
     static std::string made[2];
     std::string& root = made[count == 1000 ? 0 : 1];
     if (!root.empty()) return root;
-    root = WorkDir() + "/schemes" + std::to_string(count);
+    root = BenchFolder() + "/schemes" + std::to_string(count);
     fs::create_directories(root + "/North");
     for (int i = 0; i < count; ++i) {
         std::ofstream(root + "/North/Scheme" + std::to_string(i) + ".xml")

@@ -19,6 +19,7 @@
 #include <QEvent>
 #include <QTreeWidget>
 
+#include "BenchFolder.h"
 #include <meridex/addressbook/AddressBook.h>
 #include <meridex/comms/ImportCommsProfiles.h>
 #include <meridex/ui/addressbook/frmImport.h>
@@ -30,24 +31,6 @@ namespace fs = std::filesystem;
 using namespace meridex;
 
 namespace {
-
-std::string workDir;
-
-const std::string& WorkDir() {
-    if (workDir.empty()) {
-        std::string pattern = (fs::temp_directory_path() / "meridex-ui-bench-XXXXXX").string();
-        if (!mkdtemp(pattern.data())) std::abort();
-        workDir = pattern;
-    }
-    return workDir;
-}
-
-struct Cleanup {
-    ~Cleanup() {
-        std::error_code error;
-        if (!workDir.empty()) fs::remove_all(workDir, error);
-    }
-} cleanup;
 
 // No serial ports: the map is not what is measured.
 class NoPorts : public SerialPortSource {
@@ -70,7 +53,7 @@ Site Gauge(int number) {
 
 // regions x catchments groups of perGroup sites each, written once under name.
 std::string Book(const std::string& name, int regions, int catchments, int perGroup) {
-    const std::string path = WorkDir() + "/" + name;
+    const std::string path = BenchFolder() + "/" + name;
     if (fs::exists(path)) return path;
     AddressBook book;
     book.LoadAddressBook(path);
@@ -100,7 +83,7 @@ const std::string& WideBook() {
 
 std::unique_ptr<ui::frmAddressBook> Editor() {
     auto editor = std::make_unique<ui::frmAddressBook>();
-    editor->setCommsSources(std::make_shared<NoPorts>(), std::make_shared<IniUserStore>(WorkDir() + "/config"));
+    editor->setCommsSources(std::make_shared<NoPorts>(), std::make_shared<IniUserStore>(BenchFolder() + "/config"));
     return editor;
 }
 
@@ -114,7 +97,7 @@ void BM_BookLoad(benchmark::State& state) {
 BENCHMARK(BM_BookLoad)->Unit(benchmark::kMillisecond);
 
 void BM_EditorLoad(benchmark::State& state) {
-    const std::string map = WorkDir() + "/missing-map.xml";
+    const std::string map = BenchFolder() + "/missing-map.xml";
     const std::string file = BigBook();
     for (auto _ : state) {
         auto editor = Editor();
@@ -139,7 +122,7 @@ BENCHMARK(BM_GroupNamesRead)->Unit(benchmark::kMillisecond);
 
 void BM_GroupSelect(benchmark::State& state) {
     auto editor = Editor();
-    editor->LoadAddressBook(WideBook(), WorkDir() + "/missing-map.xml", {});
+    editor->LoadAddressBook(WideBook(), BenchFolder() + "/missing-map.xml", {});
     QTreeWidgetItem* group = editor->tvGroups->topLevelItem(0)->child(0)->child(0);
     for (auto _ : state) {
         editor->tvGroups_NodeClick(group);
@@ -152,7 +135,7 @@ BENCHMARK(BM_GroupSelect)->Unit(benchmark::kMillisecond);
 // 4,000 schemes in 40 folders, each with one modem and one network profile, written once.
 const std::string& Schemes() {
     static const std::string root = [] {
-        const std::string folder = WorkDir() + "/schemes";
+        const std::string folder = BenchFolder() + "/schemes";
         for (int f = 0; f < 40; ++f) {
             const std::string sub = folder + "/Area " + std::to_string(f);
             fs::create_directories(sub);
