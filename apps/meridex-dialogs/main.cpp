@@ -9,12 +9,6 @@
 #include "DialogCommand.h"
 
 namespace meridex::dialogs {
-
-std::vector<DialogCommand>& Commands() {
-    static std::vector<DialogCommand> commands;
-    return commands;
-}
-
 namespace {
 
 void Usage(std::FILE* out) {

@@ -1,0 +1,10 @@
+#include "DialogCommand.h"
+
+namespace meridex::dialogs {
+
+std::vector<DialogCommand>& Commands() {
+    static std::vector<DialogCommand> commands;
+    return commands;
+}
+
+}  // namespace meridex::dialogs
