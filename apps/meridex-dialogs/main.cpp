@@ -15,7 +15,11 @@ void Usage(std::FILE* out) {
     std::fprintf(out, "usage: meridex-dialogs COMMAND ARGS...\n\ncommands:\n");
     for (const DialogCommand& command : Commands()) {
         const std::string line = command.name + " " + command.arguments;
-        std::fprintf(out, "  %-40s %s\n", line.c_str(), command.summary.c_str());
+        // A long usage line takes its own line, so the summaries stay in one column.
+        if (line.size() > 40)
+            std::fprintf(out, "  %s\n  %-40s %s\n", line.c_str(), "", command.summary.c_str());
+        else
+            std::fprintf(out, "  %-40s %s\n", line.c_str(), command.summary.c_str());
     }
 }
 
