@@ -45,9 +45,7 @@ protected:
         form_->setCommsSources(std::make_shared<FakePorts>(std::initializer_list<int>{1}),
                                std::make_shared<IniUserStore>(dir_.File("config")));
         form_->LoadAddressBook(bookFile_, mapFile_, schemes_);
-        form_->show();
-        QApplication::setActiveWindow(form_.get());
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(form_.get()));
+        ASSERT_TRUE(ShowActive(form_.get()));
     }
 
     template <class T>

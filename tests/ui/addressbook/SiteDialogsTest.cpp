@@ -34,13 +34,6 @@ using meridex::ui::frmSelectSite;
 
 namespace {
 
-template <class Dialog>
-void ShowAndWait(Dialog& dialog) {
-    dialog.show();
-    QApplication::setActiveWindow(&dialog);
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
-}
-
 class NewSiteDialog : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -48,7 +41,7 @@ protected:
                                                      std::make_shared<IniUserStore>(dir_.File("config")));
         ASSERT_TRUE(map_->LoadXMLMapFile(dir_.Write("map.xml", MapText())));
         dialog_.setCommsDevices(map_.get());
-        ShowAndWait(dialog_);
+        ASSERT_TRUE(ShowActive(&dialog_));
     }
     QTreeWidget* Devices() { return Child<QTreeWidget>(&dialog_, "lvDevices"); }
     QString Shown(const char* label) { return Child<QLabel>(&dialog_, label)->text(); }
@@ -101,7 +94,7 @@ TEST_F(NewSiteDialog, OkWithNoDeviceSelectedGivesAnEmptyProfileAndAnEmptyNameIsA
 TEST_F(NewSiteDialog, CancelAndTheCloseBoxGiveNone) {
     Click(Child<QPushButton>(&dialog_, "cmdCancel"));
     EXPECT_TRUE(dialog_.NewSite().IsNull());
-    ShowAndWait(dialog_);
+    ASSERT_TRUE(ShowActive(&dialog_));
     dialog_.close();
     EXPECT_FALSE(dialog_.isVisible());
     EXPECT_TRUE(dialog_.NewSite().IsNull());
@@ -112,7 +105,7 @@ protected:
     void SetUp() override {
         book_.LoadAddressBook(WriteSmallBook(dir_));
         dialog_.setAddressBook(&book_);
-        ShowAndWait(dialog_);
+        ASSERT_TRUE(ShowActive(&dialog_));
     }
     QTreeWidget* TreeView() const { return Child<QTreeWidget>(&dialog_, "tvGroups"); }
     QTreeWidgetItem* Node(const QString& key) const { return FindNode(TreeView(), key); }

@@ -8,15 +8,12 @@
 #include <meridex/ui/frame/ImageKeys.h>
 
 #include "CommsTestSupport.h"
+#include "DialogTest.h"
 
 namespace meridex::test {
 
 /// Shows form as a person sees it (not modally), so that keys and clicks reach it.
-inline void Show(QWidget& form) {
-    form.show();
-    QApplication::setActiveWindow(&form);
-    (void)QTest::qWaitForWindowExposed(&form);
-}
+inline void Show(QWidget& form) { ASSERT_TRUE(ShowActive(&form)); }
 
 /// A left click on row, in the middle of its rectangle.
 inline void ClickRow(QTreeWidget* list, QTreeWidgetItem* row) {

@@ -82,8 +82,7 @@ protected:
         form_->setLogger(&logger_);
         form_->setErrHandler(&handler_);
         form_->setFirmwareFilesPath(dir_.File("fw"));
-        form_->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(form_.get()));
+        ASSERT_TRUE(ShowActive(form_.get()));
         form_->Form_Load();
     }
     template <class T>

@@ -46,9 +46,7 @@ protected:
         settings_.LoadSettings(path_);
         form_ = std::make_unique<frmProfiles>(ui_);
         form_->setV4Settings(&settings_);
-        form_->show();
-        QApplication::setActiveWindow(form_.get());
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(form_.get()));
+        ASSERT_TRUE(ShowActive(form_.get()));
     }
 
     template <class T>

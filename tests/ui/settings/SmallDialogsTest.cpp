@@ -27,13 +27,6 @@ using meridex::ui::frmV4InputBox;
 
 namespace {
 
-// Shows form as a person would see it (not modally), so keys reach it.
-void Show(QWidget& form) {
-    form.show();
-    QApplication::setActiveWindow(&form);
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&form));
-}
-
 std::shared_ptr<UserInterface> QtPrompts() { return std::make_shared<ui::QtUserInterface>(); }
 
 }  // namespace
@@ -64,7 +57,7 @@ TEST(SmallDialogs, CaptionsLabelsTooltipsAndButtons) {
 
 TEST(SmallDialogs, DigitsOnlyRefusesLettersAndMaxLengthHolds) {
     frmV4InputBox form;
-    Show(form);
+    ASSERT_TRUE(ShowActive(&form));
     auto* txtInput = Child<QLineEdit>(&form, "txtInput");
     form.setNumbersOnly(true);
     Type(txtInput, "12ab3-4 5");
@@ -85,22 +78,22 @@ TEST(SmallDialogs, DigitsOnlyRefusesLettersAndMaxLengthHolds) {
 
 TEST(SmallDialogs, EnterIsOKAndEscapeIsCancelInThePasswordDialogs) {
     frmSetPassword set;
-    Show(set);
+    ASSERT_TRUE(ShowActive(&set));
     Type(Child<QLineEdit>(&set, "txtPassword"), "abc");
     QTest::keyClick(Child<QLineEdit>(&set, "txtPassword"), Qt::Key_Return);
     EXPECT_FALSE(set.isVisible());
     EXPECT_FALSE(set.Cancelled());
 
-    Show(set);
+    ASSERT_TRUE(ShowActive(&set));
     QTest::keyClick(Child<QLineEdit>(&set, "txtPassword2"), Qt::Key_Escape);
     EXPECT_FALSE(set.isVisible());
     EXPECT_TRUE(set.Cancelled());
 
     frmEnterPassword enter;
-    Show(enter);
+    ASSERT_TRUE(ShowActive(&enter));
     QTest::keyClick(Child<QLineEdit>(&enter, "txtPassword"), Qt::Key_Escape);
     EXPECT_TRUE(enter.Cancelled());
-    Show(enter);
+    ASSERT_TRUE(ShowActive(&enter));
     QTest::keyClick(Child<QLineEdit>(&enter, "txtPassword"), Qt::Key_Enter);
     EXPECT_FALSE(enter.isVisible());
     EXPECT_FALSE(enter.Cancelled());
@@ -111,10 +104,10 @@ TEST(SmallDialogs, TheCloseBoxCountsAsCancelAndHidesTheDialog) {
                       +[]() -> std::unique_ptr<ui::CancellableDialog> { return std::make_unique<frmSetPassword>(); },
                       +[]() -> std::unique_ptr<ui::CancellableDialog> { return std::make_unique<frmEnterPassword>(); }}) {
         const auto form = make();
-        Show(*form);
+        ASSERT_TRUE(ShowActive(form.get()));
         Click(Child<QPushButton>(form.get(), "cmdOK"));
         ASSERT_FALSE(form->Cancelled());
-        Show(*form);
+        ASSERT_TRUE(ShowActive(form.get()));
         form->close();
         EXPECT_FALSE(form->isVisible()) << form->objectName().toStdString();
         EXPECT_TRUE(form->Cancelled()) << form->objectName().toStdString();

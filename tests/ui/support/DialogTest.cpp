@@ -11,6 +11,12 @@
 
 namespace meridex::test {
 
+bool ShowActive(QWidget* form) {
+    form->show();
+    QApplication::setActiveWindow(form);
+    return QTest::qWaitForWindowExposed(form);
+}
+
 void Click(QAbstractButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
 
 void Type(QWidget* widget, const QString& text) { QTest::keyClicks(widget, text); }

@@ -30,6 +30,9 @@ T* Child(const QWidget* root, const QString& name) {
     return child;
 }
 
+/// Shows form as a person sees it (not modally) and makes it the active window, so that keys and
+/// clicks reach it; false when it never came on screen.
+[[nodiscard]] bool ShowActive(QWidget* form);
 /// A left click on button, as a person gives it.
 void Click(QAbstractButton* button);
 /// Types text into widget key by key.
