@@ -22,6 +22,18 @@ DiskSteps* InstallDiskSteps(DiskSteps* steps) noexcept {
 
 DiskSteps& CurrentDiskSteps() noexcept { return *gSteps; }
 
+unsigned long long TemporaryWriter(std::string_view rest) {
+    const std::size_t dash = rest.find('-');
+    if (dash == 0 || dash == std::string_view::npos || rest.size() - dash != 7) return 0;
+    unsigned long long pid = 0;
+    for (char c : rest.substr(0, dash)) {
+        if (c < '0' || c > '9') return 0;
+        pid = pid * 10 + static_cast<unsigned long long>(c - '0');
+        if (pid > 0xFFFFFFFFull) return 0;
+    }
+    return pid;
+}
+
 bool WriteAllAt(int fd, std::string_view bytes) {
     off_t offset = 0;
     while (!bytes.empty()) {

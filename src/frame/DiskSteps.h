@@ -35,6 +35,10 @@ DiskSteps* InstallDiskSteps(DiskSteps* steps) noexcept;
 /// The steps saves use now.
 DiskSteps& CurrentDiskSteps() noexcept;
 
+/// The process number a save's temporary carries in its name, given the part
+/// after "." name ".tmp-": "<number>-XXXXXX". 0 when rest has not that form
+/// or the number is above 32 bits.
+unsigned long long TemporaryWriter(std::string_view rest);
 /// Writes all of bytes from the start of fd through the current steps; false with errno set.
 bool WriteAllAt(int fd, std::string_view bytes);
 /// The fallback when no file can be made beside the target (a folder the user

@@ -108,15 +108,8 @@ void RemoveDeadTemporaries(const std::string& folder, const std::string& name) {
         // no save takes an hour, so one that old is dead.
         const bool unnumbered = dash == std::string_view::npos && rest.size() == 6;
         if (!unnumbered) {
-            if (dash == 0 || dash == std::string_view::npos || rest.size() - dash != 7) continue;
-            long long pid = 0;
-            bool digits = true;
-            for (char c : rest.substr(0, dash)) {
-                digits = digits && c >= '0' && c <= '9';
-                pid = pid * 10 + (c - '0');
-                if (pid > 1LL << 31) digits = false;
-            }
-            if (!digits || pid == ::getpid()) continue;
+            const unsigned long long pid = TemporaryWriter(rest);
+            if (pid == 0 || pid > 0x7FFFFFFFull || pid == static_cast<unsigned long long>(::getpid())) continue;
             if (::kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH) continue;  // maybe still writing
         }
         const std::string full = folder + "/" + std::string(entryName);

@@ -148,16 +148,8 @@ void RemoveDeadTemporaries(const std::string& folder, const std::string& name) {
     do {
         const std::string entryName = Wide::ToUtf8(entry.cFileName);
         const std::string rest = entryName.substr(std::min(prefix.size(), entryName.size()));
-        const std::size_t dash = rest.find('-');
-        if (dash == 0 || dash == std::string::npos || rest.size() - dash != 7) continue;
-        unsigned long long pid = 0;
-        bool digits = true;
-        for (char c : rest.substr(0, dash)) {
-            digits = digits && c >= '0' && c <= '9';
-            pid = pid * 10 + static_cast<unsigned long long>(c - '0');
-            if (pid > 0xFFFFFFFFull) digits = false;
-        }
-        if (!digits || pid == ::GetCurrentProcessId()) continue;
+        const unsigned long long pid = TemporaryWriter(rest);
+        if (pid == 0 || pid == ::GetCurrentProcessId()) continue;
         HANDLE process = ::OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(pid));
         if (process) {
             const bool running = ::WaitForSingleObject(process, 0) == WAIT_TIMEOUT;
