@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -36,8 +37,14 @@ namespace {
 
 QString Q(const std::string& text) { return QString::fromStdString(text); }
 
-// How a field is typed.
-enum class Input { Text, Number, IpPort, Address, Password, ComPort, BaudRate, Prompt, Flag };
+// How a field is typed. Text fields are written as typed; the checked ones (numbers, ports,
+// addresses) are checked as a whole when they are left and at OK, and only a valid text is written.
+enum class Input { Text, Number, IpPort, Address, Password, ComPort, BaudRate, Prompt, Flag, Default };
+
+bool Checked(Input input) {
+    return input == Input::Number || input == Input::IpPort || input == Input::Address || input == Input::ComPort ||
+           input == Input::BaudRate;
+}
 
 }  // namespace
 
@@ -46,12 +53,16 @@ struct frmCommsMap::Field {
     const char* control;
     const char* caption;
     Input input;
+    long long min = 0;  // the range of a number
+    long long max = 0;
 };
 
 struct frmCommsMap::Frame {
     QGroupBox* box = nullptr;
     std::vector<const Field*> fields;
     std::vector<QWidget*> controls;
+    std::vector<QLabel*> messages;  // where a checked field says what is wrong with it (null for the others)
+    std::vector<QString> problems;  // what is wrong with each field's text now ("" when nothing)
     QLabel* portWarning = nullptr;
 };
 
@@ -61,27 +72,28 @@ using Field = frmCommsMap::Field;
 
 // Every field the editor knows; the frames list theirs by position here.
 const Field kFields[] = {
-    {"NAME", "txtName", "&Name:", Input::Text},                                          // 0
-    {"COMMPORT", "cboCommPort", "&Port:", Input::ComPort},                                // 1
-    {"BAUDRATE", "cboBaudRate", "&Baud rate:", Input::BaudRate},                          // 2
-    {"RESET", "txtReset", "&Reset command:", Input::Text},                                // 3
-    {"SETTINGS", "txtSettings", "&Settings command:", Input::Text},                       // 4
-    {"FORCEPROMPT", "cboForcePrompt", "&Force prompt:", Input::Prompt},                   // 5
-    {"TELSWITCH", "txtTelSwitch", "&Telephone switch:", Input::Text},                     // 6
-    {"PHONENUMBER", "txtPhoneNumber", "Phone n&umber:", Input::Text},                     // 7
-    {"OUTSIDELINE", "txtOutsideLine", "&Outside line:", Input::Text},                     // 8
-    {"PROXYADDRESS", "txtProxyAddress", "Pro&xy address:", Input::Address},               // 9
-    {"PROXYPORT", "txtProxyPort", "Proxy p&ort:", Input::IpPort},                         // 10
-    {"USERNAME", "txtUserName", "&User name:", Input::Text},                              // 11
-    {"PASSWORD", "txtPassword", "Pass&word:", Input::Password},                           // 12
-    {"ADDRESS", "txtAddress", "&Address:", Input::Address},                               // 13
-    {"PORT", "txtPort", "I&P port:", Input::IpPort},                                      // 14
-    {"TIMEOUT", "txtTimeout", "&Time-out:", Input::Number},                               // 15
-    {"PROMPTTIMEOUT", "txtPromptTimeout", "Pro&mpt time-out:", Input::Number},            // 16
-    {"SENDBLOCKSIZE", "txtSendBlockSize", "Send &block size:", Input::Number},            // 17
-    {"MAXTESTMODECHANNELGAP", "txtMaxTestModeChannelGap", "Test mode channel &gap:", Input::Number},  // 18
-    {"ORVABT", "cbBluetooth", "Bluetooth &interface", Input::Flag},                       // 19
-    {"HIDE", "cbHide", "&Hide from schemes", Input::Flag},                                // 20
+    {"NAME", "txtName", "Na&me:", Input::Text},                                            // 0
+    {"COMMPORT", "cboCommPort", "&Port:", Input::ComPort, 1, 32767},                        // 1
+    {"BAUDRATE", "cboBaudRate", "&Baud rate:", Input::BaudRate, 1, 4000000},                // 2
+    {"RESET", "txtReset", "&Reset command:", Input::Text},                                  // 3
+    {"SETTINGS", "txtSettings", "&Settings command:", Input::Text},                         // 4
+    {"FORCEPROMPT", "cboForcePrompt", "&Force prompt:", Input::Prompt},                     // 5
+    {"TELSWITCH", "txtTelSwitch", "&Telephone switch:", Input::Text},                       // 6
+    {"PHONENUMBER", "txtPhoneNumber", "Phone n&umber:", Input::Text},                       // 7
+    {"OUTSIDELINE", "txtOutsideLine", "&Outside line:", Input::Text},                       // 8
+    {"PROXYADDRESS", "txtProxyAddress", "Pro&xy address:", Input::Address},                 // 9
+    {"PROXYPORT", "txtProxyPort", "Proxy p&ort:", Input::IpPort, 1, 65535},                 // 10
+    {"USERNAME", "txtUserName", "&User name:", Input::Text},                                // 11
+    {"PASSWORD", "txtPassword", "Pass&word:", Input::Password},                             // 12
+    {"ADDRESS", "txtAddress", "Add&ress:", Input::Address},                                 // 13
+    {"PORT", "txtPort", "I&P port:", Input::IpPort, 1, 65535},                              // 14
+    {"TIMEOUT", "txtTimeout", "&Time-out:", Input::Number, 1, 32767},                       // 15
+    {"PROMPTTIMEOUT", "txtPromptTimeout", "Prompt t&ime-out:", Input::Number, 1, 32767},    // 16
+    {"SENDBLOCKSIZE", "txtSendBlockSize", "Send &block size:", Input::Number, 1, 65535},    // 17
+    {"MAXTESTMODECHANNELGAP", "txtMaxTestModeChannelGap", "Test mode channel &gap:", Input::Number, 0, 32767},  // 18
+    {"ORVABT", "cbBluetooth", "Bluetooth &interface", Input::Flag},                         // 19
+    {"HIDE", "cbHide", "&Hide from schemes", Input::Flag},                                  // 20
+    {"DEFAULT", "cbDefault", "Default de&vice (for schemes that name none)", Input::Default},  // 21
 };
 
 // The frames, in the order of the stack: which fields each shows.
@@ -94,12 +106,12 @@ struct FrameSpec {
 };
 
 const FrameSpec kFrames[] = {
-    {"fraDirect", "Direct (RS232)", "RS232", "DIRECT", {0, 1, 2, 5, 19, 20}},
-    {"fraPhoneModem", "Phone modem (RS232)", "RS232", "PHONEMODEM", {0, 1, 2, 3, 4, 5, 6, 7, 8, 20}},
-    {"fraUDP", "Network (UDP)", "IP", "UDP", {0, 13, 14, 15, 16, 17, 5, 20}},
-    {"fraTCP", "Network (TCP/IP)", "IP", "TCP", {0, 13, 14, 15, 17, 5, 20}},
-    {"fraGPRSProxy", "GPRS Proxy (Harvest Modem)", "IP", "GPRSPROXY", {0, 9, 10, 11, 12, 13, 15, 16, 17, 18, 5, 20}},
-    {"fraUnknown", "Device of an unknown kind", "", "", {0, 20}},
+    {"fraDirect", "Direct (RS232)", "RS232", "DIRECT", {0, 1, 2, 5, 6, 19, 20, 21}},
+    {"fraPhoneModem", "Phone modem (RS232)", "RS232", "PHONEMODEM", {0, 1, 2, 3, 4, 5, 6, 7, 8, 20, 21}},
+    {"fraUDP", "Network (UDP)", "IP", "UDP", {0, 13, 14, 15, 16, 17, 5, 20, 21}},
+    {"fraTCP", "Network (TCP/IP)", "IP", "TCP", {0, 13, 14, 15, 17, 5, 20, 21}},
+    {"fraGPRSProxy", "GPRS Proxy (Harvest Modem)", "IP", "GPRSPROXY", {0, 9, 10, 11, 12, 13, 15, 16, 17, 18, 5, 20, 21}},
+    {"fraUnknown", "Device of an unknown kind", "", "", {0, 20, 21}},
 };
 
 // Elements every profile has that no frame edits: shown neither as fields nor as unknown children.
@@ -166,6 +178,57 @@ QString PortText(int number, const std::string& description) {
                                : QStringLiteral("COM%1 - %2").arg(number).arg(Q(description));
 }
 
+// A field's caption as it is said: "IP port" for "I&P port:".
+QString Spoken(const Field& field) {
+    QString caption = QString::fromUtf8(field.caption);
+    caption.remove(QLatin1Char('&'));
+    if (caption.endsWith(QLatin1Char(':'))) caption.chop(1);
+    return caption;
+}
+
+// What is wrong with text as the whole value of a checked field; "" when nothing. An empty field
+// is right: it leaves the element out.
+QString Problem(const Field& field, const QString& text) {
+    const QString value = text.trimmed();
+    if (value.isEmpty()) return {};
+    const auto outOfRange = [&](long long number) { return number < field.min || number > field.max; };
+    switch (field.input) {
+    case Input::ComPort: {
+        const std::optional<int> number = TypedPort(value);
+        if (!number || outOfRange(*number)) return QStringLiteral("Not a port: type COM and a number from 1 to 32767.");
+        return {};
+    }
+    case Input::Address:
+        if (IsIPv4(value) || IsIPv6(value) || IsHostName(value)) return {};
+        return QStringLiteral("Enter an IPv4 or IPv6 address or a host name.");
+    case Input::Number:
+    case Input::IpPort:
+    case Input::BaudRate: {
+        bool number = false;
+        const long long n = value.toLongLong(&number);
+        if (number && !outOfRange(n)) return {};
+        return QStringLiteral("%1 must be a number from %2 to %3.").arg(Spoken(field)).arg(field.min).arg(field.max);
+    }
+    default: return {};
+    }
+}
+
+// The text a checked field stores: a port as its number, anything else as typed.
+std::string Stored(const Field& field, const QString& text) {
+    if (field.input == Input::ComPort) {
+        const std::optional<int> number = TypedPort(text);
+        return number ? std::to_string(*number) : std::string();
+    }
+    return text.trimmed().toStdString();
+}
+
+// A DEFAULT element marks its profile when its text is a number other than 0.
+bool IsDefault(const XmlNode& profile) {
+    bool number = false;
+    const double value = Q(ProfileXml::ChildText(profile, "DEFAULT")).trimmed().toDouble(&number);
+    return number && value != 0;
+}
+
 }  // namespace
 
 frmCommsMap::frmCommsMap(std::shared_ptr<UserInterface> ui, std::shared_ptr<SerialPortSource> ports,
@@ -195,10 +258,10 @@ void frmCommsMap::BuildControls() {
     lvDevices = ListView(QStringLiteral("lvDevices"), this);
     lvDevices->setIconSize(QSize(20, 20));
     lvDevices->setMinimumSize(220, 260);
-    lblDevices->setBuddy(lvDevices);
+    TieLabel(lblDevices, lvDevices);
     cmdAdd = CommandButton(QStringLiteral("cmdAdd"), QStringLiteral("&Add..."), this);
     cmdDelete = CommandButton(QStringLiteral("cmdDelete"), QStringLiteral("De&lete"), this);
-    cmdScanPorts = CommandButton(QStringLiteral("cmdScanPorts"), QStringLiteral("S&can ports"), this);
+    cmdScanPorts = CommandButton(QStringLiteral("cmdScanPorts"), QStringLiteral("Sca&n ports"), this);
     cmdScanPorts->setToolTip(QStringLiteral("Remove direct devices whose port has gone, add the new ports, and name them"));
     auto* listButtons = new QHBoxLayout;
     listButtons->addWidget(cmdAdd);
@@ -214,16 +277,12 @@ void frmCommsMap::BuildControls() {
     stkFrames->setObjectName(QStringLiteral("stkFrames"));
     for (const FrameSpec& frame : kFrames) MakeFrame(QLatin1String(frame.name), QLatin1String(frame.title), frame.fields);
 
-    lblWarning = new QLabel(this);
-    lblWarning->setObjectName(QStringLiteral("lblWarning"));
-    lblWarning->setStyleSheet(QStringLiteral("color: #b00020;"));
-    lblWarning->setWordWrap(true);
-    lblWarning->hide();
 
     fraOtherFields = new QGroupBox(QStringLiteral("Other fields (kept as they are)"), this);
     fraOtherFields->setObjectName(QStringLiteral("fraOtherFields"));
     lvOtherFields = new QTreeWidget(fraOtherFields);
     lvOtherFields->setObjectName(QStringLiteral("lvOtherFields"));
+    lvOtherFields->setAccessibleName(fraOtherFields->title());
     lvOtherFields->setColumnCount(2);
     lvOtherFields->setHeaderLabels({QStringLiteral("Field"), QStringLiteral("Value")});
     lvOtherFields->setRootIsDecorated(false);
@@ -236,7 +295,6 @@ void frmCommsMap::BuildControls() {
 
     auto* right = new QVBoxLayout;
     right->addWidget(stkFrames);
-    right->addWidget(lblWarning);
     right->addWidget(fraOtherFields, 1);
 
     auto* columns = new QHBoxLayout;
@@ -244,6 +302,7 @@ void frmCommsMap::BuildControls() {
     columns->addLayout(right, 3);
 
     cmdOK = CommandButton(QStringLiteral("cmdOK"), QStringLiteral("OK"), this);
+    cmdOK->setDefault(true);  // Enter anywhere in the editor is OK
     cmdOK->setToolTip(QStringLiteral("Save the map and close"));
     cmdCancel = CommandButton(QStringLiteral("cmdCancel"), QStringLiteral("&Cancel"), this);
     cmdCancel->setToolTip(QStringLiteral("Close without saving any change"));
@@ -257,8 +316,15 @@ void frmCommsMap::BuildControls() {
     layout->addLayout(closing);
     resize(760, 560);
 
-    connect(lvDevices, &QTreeWidget::currentItemChanged, this, [this] {
-        if (!filling_) lvDevices_ItemClick();
+    connect(lvDevices, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem*, QTreeWidgetItem* previous) {
+        if (filling_) return;
+        // The profile shown keeps the focus while one of its fields is wrong: nothing typed is lost.
+        if (previous && !FieldsReady()) {
+            const Filling filling(filling_);
+            lvDevices->setCurrentItem(previous);
+            return;
+        }
+        lvDevices_ItemClick();
     });
     connect(cmdAdd, &QPushButton::clicked, this, &frmCommsMap::cmdAdd_Click);
     connect(cmdDelete, &QPushButton::clicked, this, &frmCommsMap::cmdDelete_Click);
@@ -282,7 +348,8 @@ frmCommsMap::Frame& frmCommsMap::MakeFrame(const QString& name, const QString& t
         QWidget* control = nullptr;
         const QString controlName = QLatin1String(field.control);
         switch (field.input) {
-        case Input::Flag: {
+        case Input::Flag:
+        case Input::Default: {
             auto* box = new QCheckBox(QString::fromUtf8(field.caption), frame->box);
             connect(box, &QCheckBox::toggled, this, [this, box] { Field_Change(box); });
             control = box;
@@ -305,7 +372,7 @@ frmCommsMap::Frame& frmCommsMap::MakeFrame(const QString& name, const QString& t
             } else {
                 combo->setToolTip(QStringLiteral("The serial ports present on this PC; another port number may be typed"));
             }
-            connect(combo, &QComboBox::activated, this, [this, combo] { Field_Change(combo); });
+            connect(combo, &QComboBox::activated, this, [this, combo] { Field_Change(combo, true); });
             connect(combo->lineEdit(), &QLineEdit::textEdited, this, [this, combo] { Field_Change(combo); });
             control = combo;
             break;
@@ -328,13 +395,26 @@ frmCommsMap::Frame& frmCommsMap::MakeFrame(const QString& name, const QString& t
         }
         }
         control->setObjectName(controlName);
-        if (field.input == Input::Flag) {
+        if (qobject_cast<QCheckBox*>(control)) {
             form->addRow(QString(), control);
         } else {
             auto* label = new QLabel(QString::fromUtf8(field.caption), frame->box);
             label->setObjectName(QStringLiteral("lbl") + controlName.mid(3));
-            label->setBuddy(control);
+            TieLabel(label, control);
             form->addRow(label, control);
+        }
+        QLabel* message = nullptr;
+        if (Checked(field.input)) {
+            // Said beside the field, and tied to it as its description for a screen reader.
+            message = new QLabel(frame->box);
+            message->setObjectName(QStringLiteral("lbl") + controlName.mid(3) + QStringLiteral("Error"));
+            message->setStyleSheet(QStringLiteral("color: #b00020;"));
+            message->setWordWrap(true);
+            message->hide();
+            form->addRow(QString(), message);
+            // A checked field is taken when it is left, as a whole.
+            control->installEventFilter(this);
+            if (auto* combo = qobject_cast<QComboBox*>(control)) combo->lineEdit()->installEventFilter(this);
         }
         if (field.input == Input::ComPort) {
             frame->portWarning = new QLabel(frame->box);
@@ -345,6 +425,8 @@ frmCommsMap::Frame& frmCommsMap::MakeFrame(const QString& name, const QString& t
         }
         frame->fields.push_back(&field);
         frame->controls.push_back(control);
+        frame->messages.push_back(message);
+        frame->problems.emplace_back();
     }
     stkFrames->addWidget(frame->box);
     frames_.push_back(std::move(frame));
@@ -359,7 +441,15 @@ bool frmCommsMap::LoadMap(const std::string& mapFile) {
         mapFile_ = mapFile;
         // Only OK writes the file: the manager must not save when it ends.
         map_->setMapFile({});
+        saved_ = map_->ApplicationProfiles().Xml();
         LoadDevices();
+        if (!loaded && !mapFile.empty() && QFileInfo::exists(Q(mapFile))) {
+            ui()->MessageBox("The communications map " + mapFile +
+                                 " could not be read. The editor shows a new map of this PC's devices instead.\n\n"
+                                 "The file is kept as it is; when you choose OK it is first copied beside itself (" +
+                                 QFileInfo(Q(mapFile)).fileName().toStdString() + ".unreadable).",
+                             MessageButtons::OK, MessageIcon::Exclamation, {});
+        }
     });
     return loaded;
 }
@@ -397,10 +487,13 @@ void frmCommsMap::lvDevices_ItemClick() {
 
 void frmCommsMap::ShowProfile(const XmlNode& profile) {
     const Filling filling(filling_);
-    Warn({});
     lvOtherFields->clear();
     cmdDelete->setEnabled(!profile.IsNull());
+    shownProfile_ = profile;
+    if (shown_)
+        for (std::size_t i = 0; i < shown_->controls.size(); ++i) Mark(*shown_, i, {});
     if (profile.IsNull()) {
+        shown_ = nullptr;
         stkFrames->setEnabled(false);
         fraOtherFields->hide();
         return;
@@ -424,8 +517,9 @@ void frmCommsMap::ShowProfile(const XmlNode& profile) {
         known.insert(field.element);
         const QString value = Q(ProfileXml::ChildText(profile, field.element));
         QWidget* control = frame.controls[i];
+        Mark(frame, i, {});
         if (auto* box = qobject_cast<QCheckBox*>(control)) {
-            box->setChecked(ProfileXml::IsTrueText(value.toStdString()));
+            box->setChecked(field.input == Input::Default ? IsDefault(profile) : ProfileXml::IsTrueText(value.toStdString()));
         } else if (auto* combo = qobject_cast<QComboBox*>(control)) {
             if (field.input == Input::ComPort) {
                 combo->clear();
@@ -453,35 +547,86 @@ void frmCommsMap::ShowPortWarning(Frame& frame, const QString& text) {
     if (!frame.portWarning) return;
     const std::optional<int> number = TypedPort(text);
     QString warning;
-    if (!text.trimmed().isEmpty() && !number) {
-        warning = QStringLiteral("Not a port: type COM and its number");
-    } else if (number && *number != 0) {
-        PortSnapshot ports(map_->Ports());
-        if (*number > 32767 || !ports.IsPresent(static_cast<std::int16_t>(*number)))
-            warning = QStringLiteral("\u26a0 COM%1 is not present on this PC").arg(*number);
-    }
+    if (number && *number > 0 && *number <= 32767 && !PortSnapshot(map_->Ports()).IsPresent(static_cast<std::int16_t>(*number)))
+        warning = QStringLiteral("\u26a0 COM%1 is not present on this PC").arg(*number);
     frame.portWarning->setText(warning);
     frame.portWarning->setVisible(!warning.isEmpty());
 }
 
-void frmCommsMap::Warn(const QString& text) {
-    lblWarning->setText(text);
-    lblWarning->setVisible(!text.isEmpty());
+void frmCommsMap::Mark(Frame& frame, std::size_t i, const QString& problem) {
+    frame.problems[i] = problem;
+    QLabel* message = frame.messages[i];
+    if (!message) return;
+    message->setText(problem.isEmpty() ? QString() : QStringLiteral("\u26a0 ") + problem);
+    message->setVisible(!problem.isEmpty());
+    frame.controls[i]->setAccessibleDescription(problem);
 }
 
-void frmCommsMap::Store(std::string_view element, const std::string& value) {
-    const XmlNode profile = SelectedProfile();
+QString frmCommsMap::TextOf(const QWidget* control) {
+    if (const auto* combo = qobject_cast<const QComboBox*>(control)) return combo->currentText();
+    if (const auto* edit = qobject_cast<const QLineEdit*>(control)) return edit->text();
+    return {};
+}
+
+void frmCommsMap::Store(const Field& field, const std::string& value) {
+    const XmlNode& profile = shownProfile_;
     if (profile.IsNull()) return;
-    // As everywhere in the map, an empty or "0" value removes its element; an unchanged one is left alone.
-    if (value.empty() || value == "0") {
-        if (XmlNode child = profile.SelectSingle(element)) profile.RemoveChild(child);
+    const bool present = ProfileXml::HasChild(profile, field.element);
+    if (present && ProfileXml::ChildText(profile, field.element) == value) return;
+    if (value.empty() && (Checked(field.input) || field.input == Input::Flag)) {
+        // An empty number, address or port, or an unticked box, leaves the element out.
+        if (present) profile.RemoveChild(profile.SelectSingle(field.element));
         return;
     }
-    if (ProfileXml::HasChild(profile, element) && ProfileXml::ChildText(profile, element) == value) return;
-    ProfileXml::SetChild(profile, element, value);
+    // Any other text is written as typed, "0" and empty included (an empty text adds no element).
+    if (value.empty() && !present) return;
+    ProfileXml::SetChild(profile, field.element, value);
 }
 
-void frmCommsMap::Field_Change(QWidget* control) {
+bool frmCommsMap::Take(Frame& frame, std::size_t i) {
+    const Field& field = *frame.fields[i];
+    const QString text = TextOf(frame.controls[i]);
+    const QString problem = Problem(field, text);
+    Mark(frame, i, problem);
+    if (field.input == Input::ComPort) ShowPortWarning(frame, problem.isEmpty() ? text : QString());
+    if (!problem.isEmpty()) return false;
+    Store(field, Stored(field, text));
+    return true;
+}
+
+int frmCommsMap::TakeAll() {
+    if (!shown_ || shownProfile_.IsNull()) return -1;
+    int first = -1;
+    for (std::size_t i = 0; i < shown_->controls.size(); ++i)
+        if (Checked(shown_->fields[i]->input) && !Take(*shown_, i) && first < 0) first = static_cast<int>(i);
+    return first;
+}
+
+bool frmCommsMap::FieldsReady() {
+    const int wrong = TakeAll();
+    if (wrong < 0) return true;
+    const Field& field = *shown_->fields[wrong];
+    ui()->MessageBox("The field \"" + Spoken(field).toStdString() + "\" is not right: " +
+                         shown_->problems[wrong].toStdString() + "\n\nCorrect it, or choose Cancel to leave the map as it was.",
+                     MessageButtons::OK, MessageIcon::Exclamation, {});
+    QWidget* control = shown_->controls[wrong];
+    control->setFocus(Qt::OtherFocusReason);
+    if (auto* edit = qobject_cast<QLineEdit*>(control)) edit->selectAll();
+    if (auto* combo = qobject_cast<QComboBox*>(control)) combo->lineEdit()->selectAll();
+    return false;
+}
+
+bool frmCommsMap::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusOut && !filling_ && shown_) {
+        auto* control = qobject_cast<QWidget*>(watched);
+        if (control && qobject_cast<QComboBox*>(control->parentWidget())) control = control->parentWidget();
+        for (std::size_t i = 0; i < shown_->controls.size(); ++i)
+            if (shown_->controls[i] == control) Guard("frmCommsMap:Field_Validate", [&] { Take(*shown_, i); });
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+void frmCommsMap::Field_Change(QWidget* control, bool chosen) {
     if (filling_ || !shown_) return;
     Guard("frmCommsMap:Field_Change", [&] {
         Frame& frame = *shown_;
@@ -489,44 +634,39 @@ void frmCommsMap::Field_Change(QWidget* control) {
         while (i < frame.controls.size() && frame.controls[i] != control) ++i;
         if (i == frame.controls.size()) return;
         const Field& field = *frame.fields[i];
-        const XmlNode profile = SelectedProfile();
         if (auto* box = qobject_cast<QCheckBox*>(control)) {
+            if (field.input == Input::Default) {
+                // One default device: ticking it here clears the mark of every other profile.
+                for (std::int16_t n = 1; n <= map_->ApplicationProfileCount(); ++n) {
+                    const XmlNode other = map_->ApplicationProfile(Index(n));
+                    if (box->isChecked() && !(other == shownProfile_) && IsDefault(other)) ProfileXml::SetChild(other, "DEFAULT", "0");
+                }
+                if (box->isChecked() != IsDefault(shownProfile_))
+                    if (box->isChecked() || ProfileXml::HasChild(shownProfile_, "DEFAULT"))
+                        ProfileXml::SetChild(shownProfile_, "DEFAULT", box->isChecked() ? "-1" : "0");
+                return;
+            }
             // A stored true in another spelling ("True") stays as it is while the box stays ticked.
-            if (box->isChecked() != ProfileXml::IsTrueText(ProfileXml::ChildText(profile, field.element)))
-                Store(field.element, box->isChecked() ? "-1" : "");
+            if (box->isChecked() != ProfileXml::IsTrueText(ProfileXml::ChildText(shownProfile_, field.element)))
+                Store(field, box->isChecked() ? "-1" : "");
             return;
         }
-        QString text;
-        if (auto* combo = qobject_cast<QComboBox*>(control)) text = combo->currentText();
-        else if (auto* edit = qobject_cast<QLineEdit*>(control)) text = edit->text();
-        QString problem;
-        switch (field.input) {
-        case Input::ComPort: {
-            ShowPortWarning(frame, text);
-            const std::optional<int> number = TypedPort(text);
-            if (!text.trimmed().isEmpty() && (!number || *number > 32767)) return;
-            text = number ? QString::number(*number) : QString();
-            break;
+        if (Checked(field.input)) {
+            // Taken as a whole when it is left; a choice from its list is whole at once. A mark goes
+            // as soon as the text is right again.
+            if (chosen) Take(frame, i);
+            else if (!frame.problems[i].isEmpty() && Problem(field, TextOf(control)).isEmpty()) Mark(frame, i, {});
+            return;
         }
-        case Input::IpPort:
-            if (text.toInt() > 65535) problem = QStringLiteral("The IP port must be a number from 1 to 65535.");
-            break;
-        case Input::Address:
-            if (!text.isEmpty() && !IsIPv4(text) && !IsIPv6(text) && !IsHostName(text))
-                problem = QStringLiteral("Enter an IPv4 or IPv6 address or a host name.");
-            break;
-        default: break;
-        }
-        Warn(problem);
-        if (!problem.isEmpty()) return;
-        Store(field.element, text.toStdString());
-        if (field.element == std::string_view("NAME")) lvDevices->currentItem()->setText(0, text);
+        const QString text = TextOf(control);
+        Store(field, text.toStdString());
+        if (field.element == std::string_view("NAME") && lvDevices->currentItem()) lvDevices->currentItem()->setText(0, text);
     });
 }
 
 void frmCommsMap::cmdAdd_Click() {
     Guard("frmCommsMap:cmdAdd_Click", [&] {
-        if (!map_) return;
+        if (!map_ || !FieldsReady()) return;
         V4Dialogs dialogs(ui_);
         dialogs.setCommsSources(ports_, store_);
         const XmlNode device = dialogs.SelectNewCommsDevice();
@@ -554,7 +694,7 @@ void frmCommsMap::cmdDelete_Click() {
 
 void frmCommsMap::cmdScanPorts_Click() {
     Guard("frmCommsMap:cmdScanPorts_Click", [&] {
-        if (!map_) return;
+        if (!map_ || !FieldsReady()) return;
         const auto names = [&] {
             std::vector<std::pair<XmlNode, std::string>> list;
             for (std::int16_t i = 1; i <= map_->ApplicationProfileCount(); ++i) {
@@ -600,13 +740,8 @@ void frmCommsMap::cmdOK_Click() {
             accept();
             return;
         }
-        // The profile holds the last valid text of a field whose text is now refused; saving that
-        // unseen would surprise the person.
-        if (lblWarning->isVisible()) {
-            ui()->MessageBox(lblWarning->text().toStdString() + "\n\nCorrect the field, or choose Cancel to keep the map as it was.",
-                             MessageButtons::OK, MessageIcon::Exclamation, {});
-            return;
-        }
+        // A field whose text is wrong is named and gets the focus; nothing of it is in the map.
+        if (!FieldsReady()) return;
         std::string error;
         if (!map_->SaveXMLMapFile(mapFile_, &error)) {
             map_->setMapFile({});
@@ -616,13 +751,29 @@ void frmCommsMap::cmdOK_Click() {
             return;
         }
         map_->setMapFile({});
+        saved_ = map_->ApplicationProfiles().Xml();
         accept();
     });
 }
 
 void frmCommsMap::cmdCancel_Click() { reject(); }
 
+bool frmCommsMap::Changed() {
+    if (!map_) return false;
+    // A field still being typed counts: a right one is taken, a wrong one is a change not yet in the map.
+    return TakeAll() >= 0 || map_->ApplicationProfiles().Xml() != saved_;
+}
+
 void frmCommsMap::reject() {
+    bool discard = true;
+    Guard("frmCommsMap:reject", [&] {
+        if (Changed())
+            discard = ui()->MessageBox("You have changed the communications map. Discard your changes?\n\n"
+                                       "Yes discards them and closes the editor; No keeps editing.",
+                                       MessageButtons::YesNo, MessageIcon::Question, "Discard changes",
+                                       MessageDefaultButton::Second) == MessageResult::Yes;
+    });
+    if (!discard) return;
     // Every change lives only in the map in memory; it goes unsaved.
     if (map_) map_->setMapFile({});
     QDialog::reject();

@@ -30,9 +30,11 @@ namespace meridex::ui {
 /// The editor of the whole communications map: every profile of the map in `lvDevices` (its kind's
 /// icon and name), and for the selected one a frame of fields of its kind (`fraDirect`,
 /// `fraPhoneModem`, `fraUDP`, `fraTCP`, `fraGPRSProxy`, `fraUnknown`), with the children it does not
-/// know listed read-only (`lvOtherFields`). Edits go into the map as they are typed (an empty or "0"
-/// field removes its element); nothing reaches the file until `cmdOK` saves it with SaveXMLMapFile.
-/// `cmdCancel`, Escape and the close box discard every change. `cmdAdd` asks for a new device,
+/// know listed read-only (`lvOtherFields`). Text fields go into the map as typed ("0" and all); a number,
+/// port or address is checked as a whole when it is left and at OK: a wrong one is marked beside the
+/// field (and described to a screen reader), never stored, and OK or a change of device names it and
+/// puts the focus there. Nothing reaches the file until `cmdOK` saves it with SaveXMLMapFile.
+/// `cmdCancel`, Escape and the close box ask before they discard changes. `cmdAdd` asks for a new device,
 /// `cmdDelete` asks before it removes one, `cmdScanPorts` brings the direct profiles in step with
 /// the ports and says what changed.
 class MERIDEX_UI_EXPORT frmCommsMap : public QDialog {
@@ -58,8 +60,9 @@ public:
     void LoadDevices(const QString& selectKey = {});
     /// A row of `lvDevices` was chosen: shows its profile's frame.
     void lvDevices_ItemClick();
-    /// A field was edited: its value goes into the selected profile.
-    void Field_Change(QWidget* control);
+    /// A field was edited (chosen: picked whole from its list): a text field's value goes into the
+    /// profile shown; a checked field loses its mark once right, and is taken when left or chosen.
+    void Field_Change(QWidget* control, bool chosen = false);
     /// Asks for the kind of device and adds a new profile of it with a fresh key.
     void cmdAdd_Click();
     /// Asks, then removes the selected profile.
@@ -67,10 +70,10 @@ public:
     /// Removes direct profiles whose port has gone, adds those of new ports, names them after the
     /// ports' descriptions, and says what changed.
     void cmdScanPorts_Click();
-    /// Saves the map; a save that fails, or a field whose text is refused, is reported and the editor
+    /// Saves the map; a save that fails, or a field whose text is wrong, is reported and the editor
     /// stays open.
     void cmdOK_Click();
-    /// Discards every change and closes.
+    /// Closes without saving; with changes made, asks first whether to discard them.
     void cmdCancel_Click();
     /// Escape and the close box: as `cmdCancel`.
     void reject() override;
@@ -80,6 +83,10 @@ public:
     /// One frame of fields, shown for one kind of device.
     struct Frame;
 
+protected:
+    /// Takes a checked field as a whole when the focus leaves it.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     std::shared_ptr<UserInterface> ui() const;
     void Guard(const char* context, const std::function<void()>& body);
@@ -88,8 +95,13 @@ private:
     void ShowProfile(const XmlNode& profile);
     void ShowPortWarning(Frame& frame, const QString& text);
     XmlNode SelectedProfile() const;
-    void Store(std::string_view element, const std::string& value);
-    void Warn(const QString& text);
+    static QString TextOf(const QWidget* control);
+    void Store(const Field& field, const std::string& value);
+    void Mark(Frame& frame, std::size_t i, const QString& problem);
+    bool Take(Frame& frame, std::size_t i);
+    int TakeAll();
+    bool FieldsReady();
+    bool Changed();
 
     std::shared_ptr<UserInterface> ui_;
     std::shared_ptr<SerialPortSource> ports_;
@@ -99,6 +111,8 @@ private:
     std::string companionFolder_;
     std::vector<std::unique_ptr<Frame>> frames_;
     Frame* shown_ = nullptr;
+    XmlNode shownProfile_;
+    std::string saved_;  // the map as it was loaded or last saved
     bool filling_ = false;
 
     QTreeWidget* lvDevices = nullptr;
@@ -108,7 +122,6 @@ private:
     QStackedWidget* stkFrames = nullptr;
     QGroupBox* fraOtherFields = nullptr;
     QTreeWidget* lvOtherFields = nullptr;
-    QLabel* lblWarning = nullptr;
     QPushButton* cmdOK = nullptr;
     QPushButton* cmdCancel = nullptr;
 };

@@ -2,6 +2,7 @@
 
 #include <QLabel>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTreeWidget>
 
 namespace meridex::ui {
@@ -21,6 +22,14 @@ QLabel* NamedLabel(const QString& name, const QString& text, QWidget* parent) {
     auto* label = new QLabel(text, parent);
     label->setObjectName(name);
     return label;
+}
+
+void TieLabel(QLabel* label, QWidget* control) {
+    label->setBuddy(control);
+    QString name = label->text();
+    name.remove(QRegularExpression(QStringLiteral("&(?!&)")));
+    if (name.endsWith(QLatin1Char(':'))) name.chop(1);
+    control->setAccessibleName(name.trimmed());
 }
 
 QPushButton* CommandButton(const QString& name, const QString& caption, QWidget* parent) {

@@ -29,6 +29,10 @@ QTreeWidget* ListView(const QString& name, QWidget* parent);
 /// A label named name showing text.
 QLabel* NamedLabel(const QString& name, const QString& text, QWidget* parent);
 
+/// Ties label to control: the label's access key moves the focus there, and a screen reader says the
+/// label's text (without "&" and a closing ":") as the control's name, lists and trees included.
+void TieLabel(QLabel* label, QWidget* control);
+
 /// A button named name that Enter in a field of the dialog does not press.
 QPushButton* CommandButton(const QString& name, const QString& caption, QWidget* parent);
 

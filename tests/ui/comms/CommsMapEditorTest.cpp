@@ -1,9 +1,13 @@
 // The communications map editor driven as a person would: the list and its frames, typed fields
-// and their checks, the port list, add, delete, scan ports, and what reaches the file on OK and Cancel.
+// and their checks, the port list, add, delete, scan ports, and what reaches the file on OK, Cancel,
+// Escape and the close box.
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
 
+#include <functional>
+
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
@@ -11,6 +15,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QTest>
 
 #include <meridex/frame/FileOps.h>
 #include <meridex/frame/RecordingUserInterface.h>
@@ -64,6 +69,14 @@ struct CommsMapEditor : ::testing::Test {
     template <class T>
     T* Control(const char* name) const { return Child<T>(Shown(), name); }
     XmlNode Profile(int index) const { return form.Map()->ApplicationProfile(Index(index)); }
+    // Types text over a field's text, then leaves the field with Tab, as a person does.
+    static void Enter(QLineEdit* field, const QString& text) {
+        field->setFocus();
+        field->selectAll();
+        if (text.isEmpty()) QTest::keyClick(field, Qt::Key_Delete);
+        Type(field, text);
+        QTest::keyClick(field, Qt::Key_Tab);
+    }
 
     CommsFixture comms{1, 3};
     std::string path = comms.dir.File("CommsProfiles.xml");
@@ -124,77 +137,115 @@ TEST_F(CommsMapEditor, OKWritesExactlyTheFieldsChangedAndKeepsUnknownChildren) {
     EXPECT_EQ(ReadAll(path), expected);
 }
 
-TEST_F(CommsMapEditor, CancelLeavesTheFileByteForByte) {
-    Select(0);
-    Type(Control<QLineEdit>("txtName"), " renamed");
-    Click(Control<QCheckBox>("cbHide"));
-    prompts->QueueMessageResult(MessageResult::OK);
-    Click(Child<QPushButton>(&form, "cmdDelete"));
-    ASSERT_EQ(devices->topLevelItemCount(), 5);
-    Click(Child<QPushButton>(&form, "cmdCancel"));
-    EXPECT_FALSE(form.isVisible());
-    EXPECT_EQ(ReadAll(path), original);
+TEST_F(CommsMapEditor, CancelEscapeAndTheCloseBoxAskBeforeChangesAreDiscarded) {
+    const std::function<void(frmCommsMap&)> ways[] = {
+        [](frmCommsMap& editor) { Click(Child<QPushButton>(&editor, "cmdCancel")); },
+        [](frmCommsMap& editor) { QTest::keyClick(&editor, Qt::Key_Escape); },
+        [](frmCommsMap& editor) { editor.close(); },
+    };
+    for (const auto& leave : ways) {
+        frmCommsMap editor(prompts, comms.ports, comms.store);
+        editor.LoadMap(path);
+        Show(editor);
+        leave(editor);
+        EXPECT_FALSE(editor.isVisible()) << "without changes it closes at once";
+        EXPECT_TRUE(prompts->Messages().empty());
 
-    // Closing the editor's window, or the editor ending, saves nothing either.
-    frmCommsMap second(prompts, comms.ports, comms.store);
-    second.LoadMap(path);
-    Show(second);
-    auto* shown = qobject_cast<QGroupBox*>(Child<QStackedWidget>(&second, "stkFrames")->currentWidget());
-    Type(Child<QLineEdit>(shown, "txtName"), "y");
-    ASSERT_EQ(Field(second.Map()->ApplicationProfile(Index(1)), "NAME"), "Direct to COM1y");
-    second.close();
-    EXPECT_FALSE(second.isVisible());
-    EXPECT_EQ(ReadAll(path), original);
+        Show(editor);
+        auto* frame = qobject_cast<QGroupBox*>(Child<QStackedWidget>(&editor, "stkFrames")->currentWidget());
+        Type(Child<QLineEdit>(frame, "txtName"), "y");
+        prompts->QueueMessageResult(MessageResult::No);
+        leave(editor);
+        EXPECT_TRUE(editor.isVisible()) << "No keeps editing";
+        ASSERT_EQ(prompts->Messages().size(), 1U);
+        EXPECT_NE(prompts->Messages()[0].text.find("Discard your changes?"), std::string::npos);
+        EXPECT_EQ(prompts->Messages()[0].defaultButton, MessageDefaultButton::Second);
+        EXPECT_EQ(Field(editor.Map()->ApplicationProfile(Index(1)), "NAME"), "Direct to COM1y");
+
+        prompts->QueueMessageResult(MessageResult::Yes);
+        leave(editor);
+        EXPECT_FALSE(editor.isVisible());
+        EXPECT_EQ(ReadAll(path), original);
+        prompts->Clear();
+    }
+    // A field typed wrong is a change too, though nothing of it is in the map.
+    Select(2);
+    Enter(Control<QLineEdit>("txtPort"), "70000");
+    prompts->QueueMessageResult(MessageResult::No);
+    QTest::keyClick(&form, Qt::Key_Escape);
+    EXPECT_TRUE(form.isVisible());
+    EXPECT_EQ(prompts->Messages().size(), 1U);
 }
 
-TEST_F(CommsMapEditor, FieldsAreCheckedWhereTheyAreTyped) {
+TEST_F(CommsMapEditor, AFieldIsCheckedWholeWhenLeftAndAWrongOneIsNamedAndNeverStored) {
     Select(2);
-    auto* timeout = Control<QLineEdit>("txtTimeout");
-    timeout->clear();
-    Type(timeout, "1x5s");
-    EXPECT_EQ(timeout->text(), "15") << "only digits can be typed in a number";
-    EXPECT_EQ(Field(Profile(3), "TIMEOUT"), "15");
-
-    auto* warning = Child<QLabel>(&form, "lblWarning");
-    auto* port = Control<QLineEdit>("txtPort");
-    port->clear();
-    Type(port, "70000");
-    EXPECT_TRUE(warning->isVisible());
-    EXPECT_EQ(Field(Profile(3), "PORT"), "7000") << "an IP port beyond 65535 is not taken";
-    port->clear();
-    Type(port, "0");
-    EXPECT_FALSE(ProfileXml::HasChild(Profile(3), "PORT")) << "\"0\" removes the element";
-    EXPECT_FALSE(warning->isVisible());
-
     auto* address = Control<QLineEdit>("txtAddress");
-    address->clear();
-    Type(address, "logger..example");
-    EXPECT_TRUE(warning->isVisible());
-    for (const char* wrong : {"300.1.1.1", "10.0.0", "1:2:3:4:5:6:7:8:9", "fe80::1::2", "-gateway"}) {
-        address->clear();
-        Type(address, wrong);
-        EXPECT_TRUE(warning->isVisible()) << wrong;
-        EXPECT_NE(Field(Profile(3), "ADDRESS"), wrong);
-    }
-    // OK refuses while a field's text is refused: the profile holds only its last valid text.
-    Click(Child<QPushButton>(&form, "cmdOK"));
-    EXPECT_TRUE(form.isVisible());
-    ASSERT_EQ(prompts->Messages().size(), 1U);
-    EXPECT_NE(prompts->Messages()[0].text.find("IPv4 or IPv6"), std::string::npos);
-    EXPECT_EQ(ReadAll(path), original);
-    for (const char* right : {"192.168.40.254", "::ffff:10.1.2.3", "fe80::1%eth0", "2001:db8:0:0:0:0:0:1", "fe80::1"}) {
-        address->clear();
-        Type(address, right);
-        EXPECT_FALSE(warning->isVisible()) << right;
-        EXPECT_EQ(Field(Profile(3), "ADDRESS"), right);
-    }
-    address->clear();
-    Type(address, "gw-7.example.net");
-    EXPECT_EQ(Field(Profile(3), "ADDRESS"), "gw-7.example.net");
-    EXPECT_FALSE(warning->isVisible());
+    auto* message = Control<QLabel>("lblAddressError");
+    address->setFocus();
     address->selectAll();
-    QTest::keyClick(address, Qt::Key_Delete);
-    EXPECT_FALSE(ProfileXml::HasChild(Profile(3), "ADDRESS")) << "an empty field removes the element";
+    Type(address, "10.0.0.256");
+    EXPECT_EQ(Field(Profile(3), "ADDRESS"), "127.0.0.1") << "nothing is stored while it is typed";
+    EXPECT_FALSE(message->isVisible()) << "nor marked";
+    QTest::keyClick(address, Qt::Key_Tab);
+    EXPECT_TRUE(message->isVisible()) << "marked at the field once it is left";
+    EXPECT_TRUE(message->text().contains("IPv4 or IPv6"));
+    EXPECT_EQ(address->accessibleDescription(), "Enter an IPv4 or IPv6 address or a host name.");
+    EXPECT_EQ(Field(Profile(3), "ADDRESS"), "127.0.0.1");
+
+    Enter(Control<QLineEdit>("txtTimeout"), "15");
+    EXPECT_EQ(Field(Profile(3), "TIMEOUT"), "15");
+    EXPECT_TRUE(message->isVisible()) << "a right field elsewhere leaves the mark where it is";
+
+    // OK, Enter and another device are each refused with the field named, and the focus goes there.
+    const std::function<void()> attempts[] = {
+        [&] { Click(Child<QPushButton>(&form, "cmdOK")); },
+        [&] { QTest::keyClick(Control<QLineEdit>("txtTimeout"), Qt::Key_Return); },
+        [&] { Select(0); },
+    };
+    for (const auto& attempt : attempts) {
+        Control<QLineEdit>("txtTimeout")->setFocus();
+        attempt();
+        EXPECT_TRUE(form.isVisible());
+        EXPECT_EQ(Shown()->objectName(), "fraUDP");
+        ASSERT_FALSE(prompts->Messages().empty());
+        EXPECT_NE(prompts->Messages().back().text.find("\"Address\""), std::string::npos) << prompts->Messages().back().text;
+        EXPECT_EQ(QApplication::focusWidget(), address);
+    }
+    EXPECT_EQ(ReadAll(path), original);
+
+    Type(address, "fe80::1");
+    EXPECT_FALSE(message->isVisible()) << "the mark goes once the text is right";
+    QTest::keyClick(address, Qt::Key_Tab);
+    EXPECT_EQ(Field(Profile(3), "ADDRESS"), "fe80::1");
+
+    struct Case {
+        const char* control;
+        const char* text;
+        const char* stored;  // null: refused, the element keeps its text
+    };
+    const Case cases[] = {
+        {"txtAddress", "logger..example", nullptr}, {"txtAddress", "300.1.1.1", nullptr},
+        {"txtAddress", "10.0.0", nullptr},          {"txtAddress", "1:2:3:4:5:6:7:8:9", nullptr},
+        {"txtAddress", "fe80::1::2", nullptr},      {"txtAddress", "-gateway", nullptr},
+        {"txtAddress", "192.168.40.254", "192.168.40.254"}, {"txtAddress", "::ffff:10.1.2.3", "::ffff:10.1.2.3"},
+        {"txtAddress", "fe80::1%eth0", "fe80::1%eth0"},     {"txtAddress", "gw-7.example.net", "gw-7.example.net"},
+        {"txtAddress", "", ""},                             // empty leaves the element out
+        {"txtPort", "70000", nullptr},              {"txtPort", "0", nullptr},
+        {"txtPort", "65535", "65535"},              {"txtTimeout", "0", nullptr},
+        {"txtTimeout", "1x5s", "15"},               // only digits can be typed
+    };
+    for (const Case& c : cases) {
+        auto* field = Control<QLineEdit>(c.control);
+        const std::string element = QString::fromLatin1(c.control).mid(3).toUpper().toStdString();
+        const std::string before = Field(Profile(3), element);
+        Enter(field, c.text);
+        EXPECT_EQ(Control<QLabel>((QStringLiteral("lbl") + QString::fromLatin1(c.control).mid(3) + "Error").toLatin1())->isVisible(),
+                  c.stored == nullptr)
+            << c.control << " " << c.text;
+        EXPECT_EQ(Field(Profile(3), element), c.stored ? c.stored : before) << c.control << " " << c.text;
+        if (!c.stored) Enter(field, QString::fromStdString(before));
+    }
+    EXPECT_FALSE(ProfileXml::HasChild(Profile(3), "ADDRESS"));
 
     Select(0);
     auto* hide = Control<QCheckBox>("cbHide");
@@ -202,6 +253,55 @@ TEST_F(CommsMapEditor, FieldsAreCheckedWhereTheyAreTyped) {
     EXPECT_EQ(Field(Profile(1), "HIDE"), "-1");
     Click(hide);
     EXPECT_FALSE(ProfileXml::HasChild(Profile(1), "HIDE"));
+}
+
+TEST_F(CommsMapEditor, WhatIsTypedIsStoredZeroIncludedAndEveryFieldHasAControl) {
+    struct Case {
+        int row;
+        const char* control;
+        const char* element;
+    };
+    // "0" is a telephone switch setting, an outside-line prefix, a number, a name: never "no element".
+    const Case cases[] = {
+        {0, "txtTelSwitch", "TELSWITCH"},   {5, "txtTelSwitch", "TELSWITCH"},   {5, "txtOutsideLine", "OUTSIDELINE"},
+        {5, "txtPhoneNumber", "PHONENUMBER"}, {5, "txtReset", "RESET"},       {5, "txtSettings", "SETTINGS"},
+        {4, "txtUserName", "USERNAME"},     {4, "txtPassword", "PASSWORD"},     {4, "txtName", "NAME"},
+    };
+    for (const Case& c : cases) {
+        Select(c.row);
+        Enter(Control<QLineEdit>(c.control), "0");
+        EXPECT_EQ(Field(Profile(c.row + 1), c.element), "0") << c.control;
+    }
+    // One default device: ticking it on another profile clears the first one's mark.
+    Select(1);
+    Click(Control<QCheckBox>("cbDefault"));
+    EXPECT_EQ(Field(Profile(2), "DEFAULT"), "-1");
+    Select(3);
+    Click(Control<QCheckBox>("cbDefault"));
+    EXPECT_EQ(Field(Profile(4), "DEFAULT"), "-1");
+    EXPECT_EQ(Field(Profile(2), "DEFAULT"), "0");
+    EXPECT_EQ(form.Map()->GetDefaultProfile(form.Map()->ApplicationProfiles()), Profile(4));
+    Click(Control<QCheckBox>("cbDefault"));
+    EXPECT_EQ(Field(Profile(4), "DEFAULT"), "0");
+
+    Click(Child<QPushButton>(&form, "cmdOK"));
+    auto saved = comms.Manager();
+    ASSERT_TRUE(saved->LoadXMLMapFile(path));
+    EXPECT_EQ(Field(saved->ApplicationProfile(Index(6)), "OUTSIDELINE"), "0");
+    EXPECT_EQ(Field(saved->ApplicationProfile(Index(1)), "TELSWITCH"), "0");
+}
+
+TEST_F(CommsMapEditor, AMapFileThatCannotBeReadIsSaidSoWhenTheEditorOpens) {
+    ASSERT_TRUE(FileOps::WriteFileAtomic(path, "<COMMSPROFILES><PROFILE>"));
+    frmCommsMap editor(prompts, comms.ports, comms.store);
+    EXPECT_FALSE(editor.LoadMap(path));
+    ASSERT_EQ(prompts->Messages().size(), 1U);
+    EXPECT_NE(prompts->Messages()[0].text.find("could not be read"), std::string::npos) << prompts->Messages()[0].text;
+    EXPECT_EQ(prompts->Messages()[0].icon, MessageIcon::Exclamation);
+
+    frmCommsMap fresh(prompts, comms.ports, comms.store);
+    fresh.LoadMap(comms.dir.File("none-yet.xml"));
+    EXPECT_EQ(prompts->Messages().size(), 1U) << "a map not made yet is no failure";
 }
 
 TEST_F(CommsMapEditor, ThePortListOffersThePresentPortsAndWarnsOfAnAbsentOne) {
@@ -214,11 +314,16 @@ TEST_F(CommsMapEditor, ThePortListOffersThePresentPortsAndWarnsOfAnAbsentOne) {
     auto* absent = Control<QLabel>("lblPortWarning");
     EXPECT_FALSE(absent->isVisible());
 
-    port->lineEdit()->selectAll();
-    Type(port->lineEdit(), "COM5");
+    Enter(port->lineEdit(), "COM5");
     EXPECT_TRUE(absent->isVisible());
     EXPECT_TRUE(absent->text().contains("COM5 is not present")) << absent->text().toStdString();
     EXPECT_EQ(Field(Profile(2), "COMMPORT"), "5") << "an absent port is still taken";
+    for (const char* wrong : {"COMX", "COM0"}) {
+        Enter(port->lineEdit(), wrong);
+        EXPECT_TRUE(Control<QLabel>("lblCommPortError")->isVisible()) << wrong;
+        EXPECT_EQ(Field(Profile(2), "COMMPORT"), "5") << wrong;
+    }
+    Enter(port->lineEdit(), "COM5");
 
     port->setFocus();
     QTest::keyClick(port, Qt::Key_Up);  // the port above COM3 in the list
