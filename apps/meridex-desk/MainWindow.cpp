@@ -186,6 +186,7 @@ void MainWindow::BuildCommands() {
     connect(cboCurrentProfile_, &QComboBox::activated, this,
             [this](int index) { SwitchProfile(cboCurrentProfile_->itemText(index)); });
     auto* label = new QLabel(QStringLiteral("Profile:"));
+    label->setBuddy(cboCurrentProfile_);
     statusBar()->addPermanentWidget(label);
     statusBar()->addPermanentWidget(cboCurrentProfile_);
 
@@ -213,6 +214,7 @@ void MainWindow::BuildCommands() {
     layout->addWidget(lblDevices_);
     lvDevices_ = new QTreeWidget;
     lvDevices_->setObjectName(QStringLiteral("lvDevices"));
+    lvDevices_->setAccessibleName(QStringLiteral("Connection devices"));
     lvDevices_->setRootIsDecorated(false);
     lvDevices_->setHeaderLabels({QStringLiteral("Device"), QStringLiteral("Kind"), QStringLiteral("Port or address"),
                                  QStringLiteral("On this PC")});
@@ -373,17 +375,21 @@ SyncWindow* MainWindow::OpenSyncWindow() {
     return sync_;
 }
 
-void MainWindow::ShowErrorLog() {
-    std::ifstream in(workspace_.ErrorLogFile(), std::ios::binary);
+void MainWindow::ShowErrorLog() { ErrorLogWindow(workspace_.ErrorLogFile(), this)->exec(); }
+
+std::unique_ptr<QDialog> MainWindow::ErrorLogWindow(const std::filesystem::path& file, QWidget* parent) {
+    std::ifstream in(file, std::ios::binary);
     std::stringstream text;
     text << in.rdbuf();
-    QDialog dialog(this);
+    auto window = std::make_unique<QDialog>(parent);
+    QDialog& dialog = *window;
     dialog.setObjectName(QStringLiteral("frmErrorLog"));
     dialog.setWindowTitle(QStringLiteral("Error Log"));
     auto* layout = new QVBoxLayout(&dialog);
-    layout->addWidget(new QLabel(Q(workspace_.ErrorLogFile().string())));
+    layout->addWidget(new QLabel(Q(file.string())));
     auto* log = new QPlainTextEdit;
     log->setObjectName(QStringLiteral("txtErrorLog"));
+    log->setAccessibleName(QStringLiteral("Error log"));
     log->setReadOnly(true);
     log->setLineWrapMode(QPlainTextEdit::NoWrap);
     const std::string contents = text.str();
@@ -393,7 +399,7 @@ void MainWindow::ShowErrorLog() {
     connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     layout->addWidget(buttons);
     dialog.resize(760, 420);
-    dialog.exec();
+    return window;
 }
 
 }  // namespace meridex::desk

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include <QDialog>
 #include <QMainWindow>
 #include <QPointer>
 
@@ -73,6 +74,8 @@ public:
     SyncWindow* OpenSyncWindow();
     /// Shows the error log in a window of its own (`frmErrorLog`).
     void ShowErrorLog();
+    /// That window over the log file, not yet shown.
+    static std::unique_ptr<QDialog> ErrorLogWindow(const std::filesystem::path& file, QWidget* parent = nullptr);
 
     /// The loaded settings.
     Settings& settings() noexcept { return settings_; }

@@ -4,6 +4,8 @@
 #include <regex>
 #include <set>
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QApplication>
 #include <QComboBox>
 #include <QDateTime>
@@ -53,9 +55,16 @@ std::set<std::string> Backups(const std::string& root) {
     return found;
 }
 
-QTreeWidget* NewList(const QString& name) {
+// The synchronisation window is a window of its own: a screen reader announces it as one.
+QAccessibleInterface* AccessibleSyncWindow(const QString&, QObject* object) {
+    auto* window = dynamic_cast<SyncWindow*>(object);
+    return window ? new QAccessibleWidget(window, QAccessible::Window) : nullptr;
+}
+
+QTreeWidget* NewList(const QString& name, const QString& spoken) {
     auto* list = new QTreeWidget;
     list->setObjectName(name);
+    list->setAccessibleName(spoken);
     list->setRootIsDecorated(false);
     list->setHeaderLabels({QStringLiteral("Scheme"), QStringLiteral("Action"), QStringLiteral("Local time"),
                            QStringLiteral("Remote time"), QStringLiteral("Note")});
@@ -102,6 +111,8 @@ SyncWindow::SyncWindow(const std::string& remoteFolder, const std::string& local
                        std::shared_ptr<UserInterface> ui, QWidget* parent)
     : QWidget(parent, Qt::Window), errors_(errors), ui_(std::move(ui)), events_(std::make_unique<Events>(*this)) {
     setObjectName(QStringLiteral("frmSync"));
+    static const bool announced = (QAccessible::installFactory(AccessibleSyncWindow), true);
+    (void)announced;
     setWindowTitle(QStringLiteral("Synchronise Schemes"));
 
     auto* folders = new QGridLayout;
@@ -115,7 +126,10 @@ SyncWindow::SyncWindow(const std::string& remoteFolder, const std::string& local
             const QString chosen = QFileDialog::getExistingDirectory(this, label, text->text());
             if (!chosen.isEmpty()) text->setText(chosen);
         });
-        folders->addWidget(new QLabel(label), row, 0);
+        auto* caption = new QLabel(label);
+        caption->setBuddy(text);
+        text->setAccessibleName(QString(label).remove(QLatin1Char(':')));
+        folders->addWidget(caption, row, 0);
         folders->addWidget(text, row, 1);
         folders->addWidget(button, row, 2);
         return text;
@@ -141,12 +155,13 @@ SyncWindow::SyncWindow(const std::string& remoteFolder, const std::string& local
 
     txtFound_ = new QPlainTextEdit;
     txtFound_->setObjectName(QStringLiteral("txtFound"));
+    txtFound_->setAccessibleName(QStringLiteral("Files found"));
     txtFound_->setReadOnly(true);
     txtFound_->setMaximumHeight(72);
 
-    lvNewerLocal_ = NewList(QStringLiteral("lvNewerLocal"));
-    lvNewerRemote_ = NewList(QStringLiteral("lvNewerRemote"));
-    lvSynced_ = NewList(QStringLiteral("lvSynced"));
+    lvNewerLocal_ = NewList(QStringLiteral("lvNewerLocal"), QStringLiteral("Newer here (local)"));
+    lvNewerRemote_ = NewList(QStringLiteral("lvNewerRemote"), QStringLiteral("Newer on the remote side"));
+    lvSynced_ = NewList(QStringLiteral("lvSynced"), QStringLiteral("In step"));
     lvSynced_->hideColumn(kAction);
 
     auto group = [&](const QString& title, QTreeWidget* list, const QString& suffix) {
@@ -171,6 +186,7 @@ SyncWindow::SyncWindow(const std::string& remoteFolder, const std::string& local
 
     lvErrors_ = new QTreeWidget;
     lvErrors_->setObjectName(QStringLiteral("lvErrors"));
+    lvErrors_->setAccessibleName(QStringLiteral("Errors and backups"));
     lvErrors_->setRootIsDecorated(false);
     lvErrors_->setHeaderLabels({QStringLiteral("What"), QStringLiteral("File"), QStringLiteral("Detail")});
     lvErrors_->setColumnWidth(0, 90);
@@ -202,7 +218,7 @@ SyncWindow::SyncWindow(const std::string& remoteFolder, const std::string& local
     layout->addWidget(lvErrors_);
     layout->addWidget(lblStatus_);
     layout->addLayout(buttons);
-    cmdCompare_->setFocus();
+    txtRemote_->setFocus();  // the focus starts in the first field
     resize(1000, 900);
 }
 
@@ -288,6 +304,8 @@ void SyncWindow::FillList(QTreeWidget* list, const SchemeFileCollection& items, 
         if (!withOptions) continue;
         auto* option = new QComboBox;
         option->setObjectName(QStringLiteral("cboOption"));
+        // Reached by Tab, and said with its scheme: "Action for North/Weir1.SXS".
+        option->setAccessibleName(QStringLiteral("Action for ") + Q(item.RelativePath()));
         option->addItems({QStringLiteral("Ignore"), QStringLiteral("Update"), QStringLiteral("Revert")});
         option->setCurrentIndex(static_cast<int>(item.SyncOptions()));
         SchemeFileItem shared = item;  // a handle: the option set here is the one Sync reads

@@ -59,20 +59,27 @@ MessageResult ResultOf(int button) {
 
 }  // namespace
 
-MessageResult QtUserInterface::MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
-                                          const std::string& caption, MessageDefaultButton defaultButton) {
+std::unique_ptr<QMessageBox> QtUserInterface::MessageBoxFor(const std::string& text, MessageButtons buttons,
+                                                             MessageIcon icon, const std::string& caption,
+                                                             MessageDefaultButton defaultButton, QWidget* owner) {
     QString shown = FromUtf8(text);
     shown.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    QMessageBox box(IconOf(icon), FromUtf8(caption.empty() ? DefaultCaption() : caption), shown,
-                    QMessageBox::NoButton, Owner());
-    box.setObjectName(QStringLiteral("MessageBox"));
+    auto box = std::make_unique<QMessageBox>(IconOf(icon), FromUtf8(caption.empty() ? DefaultCaption() : caption), shown,
+                                             QMessageBox::NoButton, owner);
+    box->setObjectName(QStringLiteral("MessageBox"));
     const ButtonSet set = ButtonsOf(buttons);
-    for (QMessageBox::StandardButton button : set.buttons) box.addButton(button);
+    for (QMessageBox::StandardButton button : set.buttons) box->addButton(button);
     const auto index = static_cast<qsizetype>(defaultButton);
-    box.setDefaultButton(set.buttons.value(index < set.buttons.size() ? index : 0));
-    box.setEscapeButton(set.escape);
-    box.exec();
-    return ResultOf(box.standardButton(box.clickedButton()));
+    box->setDefaultButton(set.buttons.value(index < set.buttons.size() ? index : 0));
+    box->setEscapeButton(set.escape);
+    return box;
+}
+
+MessageResult QtUserInterface::MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
+                                          const std::string& caption, MessageDefaultButton defaultButton) {
+    const std::unique_ptr<QMessageBox> box = MessageBoxFor(text, buttons, icon, caption, defaultButton, Owner());
+    box->exec();
+    return ResultOf(box->standardButton(box->clickedButton()));
 }
 
 std::optional<std::string> QtUserInterface::InputBox(const std::string& prompt, const std::string& title,

@@ -2,6 +2,11 @@
 #include <meridex/ui/Export.h>
 #include <meridex/frame/UserInterface.h>
 
+#include <memory>
+
+class QMessageBox;
+class QWidget;
+
 namespace meridex::ui {
 
 /// The user interface of a Qt application: message boxes are QMessageBoxes, the input box is
@@ -20,6 +25,11 @@ public:
     std::string SetPassword() override;
     /// `frmEnterPassword`; true when the entry equals password exactly.
     bool EnterPassword(const std::string& password) override;
+
+    /// The box MessageBox shows, over owner, not yet shown.
+    static std::unique_ptr<QMessageBox> MessageBoxFor(const std::string& text, MessageButtons buttons, MessageIcon icon,
+                                                      const std::string& caption, MessageDefaultButton defaultButton,
+                                                      QWidget* owner = nullptr);
 };
 
 }  // namespace meridex::ui

@@ -118,6 +118,7 @@ void frmAddressBook::BuildControls() {
 
     Toolbar1 = new QToolBar(this);
     Toolbar1->setObjectName(QStringLiteral("Toolbar1"));
+    Toolbar1->setAccessibleName(QStringLiteral("Commands"));
     Toolbar1->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     Toolbar1->setIconSize(QSize(24, 24));
     Button(QStringLiteral("ADDGROUP"), QStringLiteral("&Add Group"), QStringLiteral("Add a new group to the current group"),
@@ -146,6 +147,7 @@ void frmAddressBook::BuildControls() {
     tvGroups->setToolTip(QStringLiteral("Select group or site to edit"));
     tvGroups->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
     tvGroups->setMinimumSize(220, 240);
+    tvGroups->setAccessibleName(QStringLiteral("Groups and sites"));
 
     picRHPane = new QWidget(this);
     picRHPane->setObjectName(QStringLiteral("picRHPane"));
@@ -153,11 +155,13 @@ void frmAddressBook::BuildControls() {
     lvGroupList = List(QStringLiteral("lvGroupList"), {QStringLiteral("Name"), QStringLiteral("Type")},
                        QStringLiteral("List of sub-groups and sites contained in the currently selected group"),
                        picRHPane);
+    lvGroupList->setAccessibleName(QStringLiteral("Group contents"));
     picGroupList = Pane(QStringLiteral("picGroupList"), lblGroupList, lvGroupList, picRHPane);
     lblProfileList = Caption(QStringLiteral("lblProfileList"), picRHPane);
     lvProfileElements = List(QStringLiteral("lvProfileElements"), {QStringLiteral("Parameter"), QStringLiteral("Value")},
                              QStringLiteral("List of communications parameters for the currently selected site"),
                              picRHPane);
+    lvProfileElements->setAccessibleName(QStringLiteral("Site parameters"));
     picSiteList = Pane(QStringLiteral("picSiteList"), lblProfileList, lvProfileElements, picRHPane);
     auto* paneLayout = new QVBoxLayout(picRHPane);
     paneLayout->setContentsMargins(0, 0, 0, 0);
@@ -167,6 +171,7 @@ void frmAddressBook::BuildControls() {
 
     Splitter1 = new QSplitter(Qt::Horizontal, this);
     Splitter1->setObjectName(QStringLiteral("Splitter1"));
+    Splitter1->setAccessibleName(QStringLiteral("Address book and contents"));
     Splitter1->addWidget(tvGroups);
     Splitter1->addWidget(picRHPane);
     Splitter1->setChildrenCollapsible(false);

@@ -10,6 +10,7 @@
 #include <meridex/comms/CommsProfileManager.h>
 #include <meridex/comms/ProfileXml.h>
 #include <meridex/ui/addressbook/ProfileInfoPanel.h>
+#include <meridex/ui/frame/Controls.h>
 #include <meridex/ui/frame/ImageKeys.h>
 #include <meridex/ui/frame/Trap.h>
 
@@ -34,7 +35,7 @@ frmNewSite::frmNewSite(QWidget* parent) : CancellableDialog(QStringLiteral("frmN
     lvDevices->setUniformRowHeights(true);
     lvDevices->setToolTip(QStringLiteral("Select the device to use to connect to the site"));
     lvDevices->setMinimumSize(220, 160);
-    lblDevices->setBuddy(lvDevices);
+    TieLabel(lblDevices, lvDevices);
     picInfo = new ProfileInfoPanel(this);
     picInfo->setMinimumWidth(260);
     cmdOK->setToolTip(QStringLiteral("Save settings and exit"));

@@ -24,6 +24,7 @@ frmSelectSite::frmSelectSite(QWidget* parent) : QDialog(parent) {
     tvGroups->setHeaderHidden(true);
     tvGroups->setUniformRowHeights(true);
     tvGroups->setMinimumSize(240, 280);
+    tvGroups->setAccessibleName(QStringLiteral("Groups and sites"));
     tvGroups->viewport()->setMouseTracking(true);
     tvGroups->viewport()->installEventFilter(this);
     tvGroups->installEventFilter(this);

@@ -409,7 +409,6 @@ frmCommsMap::Frame& frmCommsMap::MakeFrame(const QString& name, const QString& t
             message = new QLabel(frame->box);
             message->setObjectName(QStringLiteral("lbl") + controlName.mid(3) + QStringLiteral("Error"));
             message->setStyleSheet(QStringLiteral("color: #b00020;"));
-            message->setWordWrap(true);
             message->hide();
             form->addRow(QString(), message);
             // A checked field is taken when it is left, as a whole.

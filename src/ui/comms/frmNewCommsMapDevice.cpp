@@ -37,7 +37,7 @@ frmNewCommsMapDevice::frmNewCommsMapDevice(std::shared_ptr<SerialPortSource> por
     lvCommsType = ListView(QStringLiteral("lvCommsType"), this);
     lvCommsType->setIconSize(QSize(20, 20));
     lvCommsType->setMinimumSize(260, 150);
-    lblCommsType->setBuddy(lvCommsType);
+    TieLabel(lblCommsType, lvCommsType);
     for (const Kind& kind : kKinds) {
         auto* row = new QTreeWidgetItem(lvCommsType, QStringList{QString::fromUtf8(kind.text.data(),
                                                                                   static_cast<int>(kind.text.size()))});

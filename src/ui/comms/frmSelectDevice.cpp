@@ -34,6 +34,7 @@ frmSelectDevice::frmSelectDevice(QWidget* parent) : QDialog(parent) {
     tvDevices->setUniformRowHeights(true);
     tvDevices->setSelectionMode(QAbstractItemView::SingleSelection);
     tvDevices->setMinimumSize(270, 220);
+    tvDevices->setAccessibleName(QStringLiteral("Devices"));
     tvDevices->installEventFilter(this);
     tvDevices->viewport()->installEventFilter(this);
     tvDevices->viewport()->setMouseTracking(true);

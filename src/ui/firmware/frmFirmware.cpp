@@ -113,11 +113,13 @@ void frmFirmware::BuildControls() {
     files->addLayout(folderRow);
     lvFiles = new QTreeWidget(this);
     lvFiles->setObjectName("lvFiles");
+    lvFiles->setAccessibleName(filesFrame->title());
     lvFiles->setRootIsDecorated(false);
     lvFiles->setHeaderLabels({"Version", "Date", "Size", "File"});
     lvFiles->setMinimumSize(460, 140);
     lvFiles->header()->setStretchLastSection(true);
     files->addWidget(lvFiles);
+    setTabOrder(lvFiles, cmdBrowse);  // the list of files first: the focus starts there
 
     lblStep = label("lblStep");
     pbProgress = new QProgressBar(this);

@@ -32,6 +32,13 @@ void CancellableDialog::cmdCancel_Click() {
 void CancellableDialog::reject() { cmdCancel_Click(); }
 
 QHBoxLayout* CancellableDialog::ButtonRow() {
+    // The buttons were made first; made again children now, they come last in the Tab order, after
+    // the fields, and the focus starts in the first field, so what is typed goes there (OK stays the
+    // default button for Enter).
+    for (QPushButton* button : {cmdOK, cmdCancel}) {
+        button->setParent(nullptr);
+        button->setParent(this);
+    }
     auto* row = new QHBoxLayout;
     row->addStretch(1);
     row->addWidget(cmdOK);

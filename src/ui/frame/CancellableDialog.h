@@ -29,7 +29,8 @@ public:
     void reject() override;
 
 protected:
-    /// The row of `cmdOK` and `cmdCancel`, right-aligned, for the subclass's layout.
+    /// The row of `cmdOK` and `cmdCancel`, right-aligned, for the subclass's layout; made after the
+    /// fields, it puts the two buttons last in the Tab order, so the focus starts in the first field.
     QHBoxLayout* ButtonRow();
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;

@@ -5,6 +5,8 @@
 #include <QLineEdit>
 #include <QVBoxLayout>
 
+#include <meridex/ui/frame/Controls.h>
+
 namespace meridex::ui {
 
 frmEnterPassword::frmEnterPassword(QWidget* parent) : CancellableDialog(QStringLiteral("frmEnterPassword"), parent) {
@@ -15,7 +17,7 @@ frmEnterPassword::frmEnterPassword(QWidget* parent) : CancellableDialog(QStringL
     txtPassword->setObjectName(QStringLiteral("txtPassword"));
     txtPassword->setEchoMode(QLineEdit::Password);
     txtPassword->setToolTip(QStringLiteral("Enter a password"));
-    Label1->setBuddy(txtPassword);
+    TieLabel(Label1, txtPassword);
 
     auto* field = new QHBoxLayout;
     field->addWidget(Label1);

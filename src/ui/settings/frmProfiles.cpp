@@ -51,13 +51,14 @@ void frmProfiles::BuildControls() {
     Scroller1->setObjectName(QStringLiteral("Scroller1"));
     Scroller1->setWidgetResizable(true);
     Scroller1->setFrameShape(QFrame::NoFrame);
+    Scroller1->setFocusPolicy(Qt::NoFocus);  // a container: Tab goes to the controls inside
     auto* content = new QWidget(Scroller1);
     content->setObjectName(QStringLiteral("picContent"));
 
     lblSelectProfile = new QLabel(QStringLiteral("&Profiles:"), content);
     lblSelectProfile->setObjectName(QStringLiteral("lblSelectProfile"));
     lvProfiles = ListView(QStringLiteral("lvProfiles"), content);
-    lblSelectProfile->setBuddy(lvProfiles);
+    TieLabel(lblSelectProfile, lvProfiles);
     cmdAddProfile = CommandButton(QStringLiteral("cmdAddProfile"), QStringLiteral("&Add..."), content);
     cmdDeleteProfile = CommandButton(QStringLiteral("cmdDeleteProfile"), QStringLiteral("&Delete"), content);
     lblSetCurrentProfile = new QLabel(QStringLiteral("C&urrent profile:"), content);
@@ -70,6 +71,7 @@ void frmProfiles::BuildControls() {
     fraProfile = new QGroupBox(QStringLiteral("Features"), content);
     fraProfile->setObjectName(QStringLiteral("fraProfile"));
     lvFeatures = ListView(QStringLiteral("lvFeatures"), fraProfile);
+    lvFeatures->setAccessibleName(fraProfile->title());
     auto* frameLayout = new QVBoxLayout(fraProfile);
     frameLayout->addWidget(lvFeatures);
 

@@ -5,6 +5,8 @@
 #include <QLineEdit>
 #include <QVBoxLayout>
 
+#include <meridex/ui/frame/Controls.h>
+
 namespace meridex::ui {
 namespace {
 
@@ -25,6 +27,8 @@ frmSetPassword::frmSetPassword(QWidget* parent) : CancellableDialog(QStringLiter
     Label2 = new QLabel(QStringLiteral("Re-enter Password"), this);
     Label2->setObjectName(QStringLiteral("Label2"));
     txtPassword2 = PasswordField(QStringLiteral("txtPassword2"), this);
+    TieLabel(Label1, txtPassword);
+    TieLabel(Label2, txtPassword2);
 
     auto* fields = new QGridLayout;
     fields->addWidget(Label1, 0, 0);

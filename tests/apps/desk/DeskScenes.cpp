@@ -1,5 +1,5 @@
 // Meridex Desk in `make screenshots`: the main window under ADMINISTRATOR and under LOCKDOWN, and the
-// synchronisation window after a compare, each over a fresh copy of the demo workspace.
+// synchronisation window after a compare, each over a fresh copy of the demo workspace; the error log.
 #include <chrono>
 #include <ctime>
 #include <filesystem>
@@ -81,3 +81,13 @@ MERIDEX_SCENE("frmDesk-ADMINISTRATOR") { return std::make_unique<SceneDesk>("ADM
 MERIDEX_SCENE("frmDesk-LOCKDOWN") { return std::make_unique<SceneDesk>("LOCKDOWN"); }
 
 MERIDEX_SCENE("frmSync") { return std::make_unique<SceneSync>(); }
+
+MERIDEX_SCENE("frmErrorLog") {
+    const test::TempDir folder;
+    ErrorHandler errors(std::make_shared<RecordingUserInterface>());
+    errors.setErrorLogFile(folder.File("ErrorLog.txt"));
+    errors.setLogErrors(true);
+    errors.LogError(75, "The communications map could not be read; the default map is used", "MainWindow:StartUp");
+    errors.LogError(53, "File not found: \\\\fileserver\\schemes\\North\\Weir1.SXS", "SyncWindow:Compare");
+    return desk::MainWindow::ErrorLogWindow(folder.File("ErrorLog.txt"));
+}

@@ -1,5 +1,11 @@
 // The communications dialogs: the new-device dialog, the device-selection dialog with a device
-// chosen, and the map editor once per kind of device.
+// chosen, and the map editor once per kind of device, with a field marked wrong, and asking before it
+// discards changes.
+#include <stdexcept>
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QMessageBox>
 #include <QStackedWidget>
 #include <QTreeWidget>
 
@@ -9,6 +15,7 @@
 #include <meridex/platform/SerialPortSource.h>
 #include <meridex/platform/UserStore.h>
 #include <meridex/platform/linux/IniUserStore.h>
+#include <meridex/ui/QtUserInterface.h>
 #include <meridex/ui/comms/frmCommsMap.h>
 #include <meridex/ui/comms/frmNewCommsMapDevice.h>
 #include <meridex/ui/comms/frmSelectDevice.h>
@@ -73,7 +80,8 @@ private:
 
 class SceneEditor : public frmCommsMap {
 public:
-    explicit SceneEditor(int row) : frmCommsMap(std::make_shared<RecordingUserInterface>(), Ports(), SceneStore()) {
+    explicit SceneEditor(int row, std::shared_ptr<RecordingUserInterface> prompts = std::make_shared<RecordingUserInterface>())
+        : frmCommsMap(prompts, Ports(), SceneStore()) {
         {
             CommsProfileManager map(Ports(), SceneStore());
             Fill(map);
@@ -105,3 +113,25 @@ MERIDEX_SCENE("frmCommsMap-phonemodem") { return std::make_unique<SceneEditor>(6
 MERIDEX_SCENE("frmCommsMap-udp") { return std::make_unique<SceneEditor>(3); }
 MERIDEX_SCENE("frmCommsMap-tcp") { return std::make_unique<SceneEditor>(4); }
 MERIDEX_SCENE("frmCommsMap-gprsproxy") { return std::make_unique<SceneEditor>(5); }
+
+// A mistyped address, marked at its field when OK was pressed.
+MERIDEX_SCENE("frmCommsMap-invalid") {
+    auto editor = std::make_unique<SceneEditor>(3);
+    auto* stack = editor->findChild<QStackedWidget*>(QStringLiteral("stkFrames"));
+    stack->currentWidget()->findChild<QLineEdit*>(QStringLiteral("txtAddress"))->setText(QStringLiteral("10.20.4.256"));
+    editor->cmdOK_Click();
+    return editor;
+}
+
+// Cancel after a change: the question the editor asks, as the Qt dialogs show it.
+MERIDEX_SCENE("frmCommsMap-discard") {
+    auto prompts = std::make_shared<RecordingUserInterface>();
+    prompts->QueueMessageResult(MessageResult::No);
+    SceneEditor editor(0, prompts);
+    QWidget* frame = editor.findChild<QStackedWidget*>(QStringLiteral("stkFrames"))->currentWidget();
+    frame->findChild<QCheckBox*>(QStringLiteral("cbDefault"))->click();
+    editor.cmdCancel_Click();
+    if (prompts->Messages().empty()) throw std::runtime_error("the editor closed without asking");
+    const RecordingUserInterface::Message& asked = prompts->Messages().back();
+    return QtUserInterface::MessageBoxFor(asked.text, asked.buttons, asked.icon, asked.caption, asked.defaultButton);
+}

@@ -13,12 +13,6 @@
 #include "Scene.h"
 
 namespace meridex::screenshots {
-
-std::vector<Scene>& Scenes() {
-    static std::vector<Scene> scenes;
-    return scenes;
-}
-
 namespace {
 
 QPixmap WithTitleBar(const QWidget& window, const QPixmap& content) {

@@ -15,6 +15,7 @@
 #include <meridex/frame/RecordingUserInterface.h>
 #include <meridex/settings/Settings.h>
 #include <meridex/ui/Install.h>
+#include <meridex/ui/QtUserInterface.h>
 #include <meridex/ui/settings/frmProfiles.h>
 
 #include "DialogTest.h"
@@ -366,6 +367,28 @@ TEST(ProfileEditorRoundTrip, ShowProfileEditorEditsModallyAndSavesOnClose) {
     EXPECT_FALSE(saved.Profiles().Item("Night Shift").IsNull());
     UserInterface::Install(nullptr);
     Settings::setProfileEditorOpener({});
+}
+
+// A person who presses Unlock and types the password at once types it into the password field.
+TEST(ProfileEditorRoundTrip, APasswordTypedAfterUnlockIsAccepted) {
+    TempDir dir;
+    Settings settings;
+    settings.LoadSettings(dir.Write("settings.xml", "<V4SETTINGS><PROFILES_UNLOCKED>0</PROFILES_UNLOCKED>"
+                                                    "<PROFILE_PASSWORD>@cHc=</PROFILE_PASSWORD><PROFILES><PROFILE>"
+                                                    "<KEY>A</KEY></PROFILE></PROFILES></V4SETTINGS>"));
+    frmProfiles form(std::make_shared<ui::QtUserInterface>());
+    form.setV4Settings(&settings);
+    ASSERT_TRUE(ShowActive(&form));
+    ModalScript()
+        .Then([](QWidget* modal) {
+            EXPECT_EQ(modal->objectName(), "frmEnterPassword");
+            ASSERT_TRUE(QTest::qWaitForWindowActive(modal));
+            QTest::keyClicks(QApplication::focusWidget(), "pw");
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        })
+        .Run([&] { Click(Child<QPushButton>(&form, "cmdLock")); });
+    EXPECT_EQ(Child<QPushButton>(&form, "cmdLock")->text(), "Lock");
+    EXPECT_TRUE(settings.GetBoolean("PROFILES_UNLOCKED", false));
 }
 
 }  // namespace

@@ -190,6 +190,37 @@ TEST(SmallDialogs, EnterPasswordIsCaseSensitiveAndCancelIsFalse) {
     EXPECT_FALSE(enter("SECRET", "cmdCancel"));
 }
 
+TEST(SmallDialogs, TheFocusStartsInTheFirstFieldSoWhatIsTypedAndEnterAnswer) {
+    const ui::V4Dialogs dialogs(QtPrompts());
+    // Types where the focus is, as a keyboard does, Tab between the fields, Enter after the last.
+    const auto typeAndEnter = [](const char* dialog, const QStringList& fields) {
+        ModalScript script;
+        script.Then([=](QWidget* modal) {
+            EXPECT_EQ(modal->objectName(), dialog);
+            ASSERT_TRUE(QTest::qWaitForWindowActive(modal));
+            for (int i = 0; i < fields.size(); ++i) {
+                QWidget* focus = QApplication::focusWidget();
+                if (!qobject_cast<QLineEdit*>(focus)) {
+                    ADD_FAILURE() << "the focus is not in a field";
+                    modal->close();
+                    return;
+                }
+                QTest::keyClicks(focus, fields[i]);
+                QTest::keyClick(focus, i + 1 < fields.size() ? Qt::Key_Tab : Qt::Key_Return);
+            }
+        });
+        return script;
+    };
+    std::string answer;
+    typeAndEnter("frmV4InputBox", {"Night Shift"}).Run([&] { answer = dialogs.InputBox("Name", "New Profile"); });
+    EXPECT_EQ(answer, "Night Shift");
+    typeAndEnter("frmSetPassword", {"abc", "abc"}).Run([&] { answer = dialogs.SetPassword(); });
+    EXPECT_EQ(answer, "abc");
+    bool right = false;
+    typeAndEnter("frmEnterPassword", {"SECRET"}).Run([&] { right = dialogs.EnterPassword("SECRET"); });
+    EXPECT_TRUE(right);
+}
+
 TEST(SmallDialogs, TheFacadePassesEverythingToTheInstalledInterface) {
     const auto recording = std::make_shared<RecordingUserInterface>();
     UserInterface::Install(recording);
