@@ -63,6 +63,7 @@ struct frmCommsMap::Frame {
     std::vector<QWidget*> controls;
     std::vector<QLabel*> messages;  // where a checked field says what is wrong with it (null for the others)
     std::vector<QString> problems;  // what is wrong with each field's text now ("" when nothing)
+    std::vector<char> edited;       // typed in since the profile was shown: only those are taken
     QLabel* portWarning = nullptr;
 };
 
@@ -426,6 +427,7 @@ frmCommsMap::Frame& frmCommsMap::MakeFrame(const QString& name, const QString& t
         frame->controls.push_back(control);
         frame->messages.push_back(message);
         frame->problems.emplace_back();
+        frame->edited.push_back(false);
     }
     stkFrames->addWidget(frame->box);
     frames_.push_back(std::move(frame));
@@ -517,6 +519,7 @@ void frmCommsMap::ShowProfile(const XmlNode& profile) {
         const QString value = Q(ProfileXml::ChildText(profile, field.element));
         QWidget* control = frame.controls[i];
         Mark(frame, i, {});
+        frame.edited[i] = false;
         if (auto* box = qobject_cast<QCheckBox*>(control)) {
             box->setChecked(field.input == Input::Default ? IsDefault(profile) : ProfileXml::IsTrueText(value.toStdString()));
         } else if (auto* combo = qobject_cast<QComboBox*>(control)) {
@@ -596,8 +599,10 @@ bool frmCommsMap::Take(Frame& frame, std::size_t i) {
 int frmCommsMap::TakeAll() {
     if (!shown_ || shownProfile_.IsNull()) return -1;
     int first = -1;
+    // Only what the person typed: a value read from the file stays exactly as it is.
     for (std::size_t i = 0; i < shown_->controls.size(); ++i)
-        if (Checked(shown_->fields[i]->input) && !Take(*shown_, i) && first < 0) first = static_cast<int>(i);
+        if (shown_->edited[i] && Checked(shown_->fields[i]->input) && !Take(*shown_, i) && first < 0)
+            first = static_cast<int>(i);
     return first;
 }
 
@@ -620,7 +625,7 @@ bool frmCommsMap::eventFilter(QObject* watched, QEvent* event) {
         auto* control = qobject_cast<QWidget*>(watched);
         if (control && qobject_cast<QComboBox*>(control->parentWidget())) control = control->parentWidget();
         for (std::size_t i = 0; i < shown_->controls.size(); ++i)
-            if (shown_->controls[i] == control) Guard("frmCommsMap:Field_Validate", [&] { Take(*shown_, i); });
+            if (shown_->controls[i] == control && shown_->edited[i]) Guard("frmCommsMap:Field_Validate", [&] { Take(*shown_, i); });
     }
     return QDialog::eventFilter(watched, event);
 }
@@ -651,6 +656,7 @@ void frmCommsMap::Field_Change(QWidget* control, bool chosen) {
             return;
         }
         if (Checked(field.input)) {
+            frame.edited[i] = true;
             // Taken as a whole when it is left; a choice from its list is whole at once. A mark goes
             // as soon as the text is right again.
             if (chosen) Take(frame, i);

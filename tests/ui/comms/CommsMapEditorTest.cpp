@@ -291,6 +291,24 @@ TEST_F(CommsMapEditor, WhatIsTypedIsStoredZeroIncludedAndEveryFieldHasAControl) 
     EXPECT_EQ(Field(saved->ApplicationProfile(Index(1)), "TELSWITCH"), "0");
 }
 
+TEST_F(CommsMapEditor, AValueReadFromTheFileStaysAsItIsUntilItIsTyped) {
+    const std::string odd = Replaced(Replaced(original, "<PORT>9000</PORT>", "<PORT>0</PORT>"), "<TIMEOUT>10</TIMEOUT>",
+                                     "<TIMEOUT> 10 </TIMEOUT>");
+    ASSERT_TRUE(FileOps::WriteFileAtomic(path, odd));
+    frmCommsMap editor(prompts, comms.ports, comms.store);
+    editor.LoadMap(path);
+    Show(editor);
+    auto* list = Child<QTreeWidget>(&editor, "lvDevices");
+    ClickRow(list, list->topLevelItem(2));
+    Click(Child<QPushButton>(&editor, "cmdCancel"));
+    EXPECT_FALSE(editor.isVisible()) << "nothing was typed: nothing to discard";
+    Show(editor);
+    Click(Child<QPushButton>(&editor, "cmdOK"));
+    EXPECT_FALSE(editor.isVisible());
+    EXPECT_TRUE(prompts->Messages().empty());
+    EXPECT_EQ(ReadAll(path), odd);
+}
+
 TEST_F(CommsMapEditor, AMapFileThatCannotBeReadIsSaidSoWhenTheEditorOpens) {
     ASSERT_TRUE(FileOps::WriteFileAtomic(path, "<COMMSPROFILES><PROFILE>"));
     frmCommsMap editor(prompts, comms.ports, comms.store);
