@@ -96,11 +96,17 @@ private:
     void ShowPortWarning(Frame& frame, const QString& text);
     XmlNode SelectedProfile() const;
     static QString TextOf(const QWidget* control);
+    // Writes value into the profile shown (an empty checked field or unticked box removes the element).
     void Store(const Field& field, const std::string& value);
+    // Shows problem beside field i ("" takes the mark away) and as its accessible description.
     void Mark(Frame& frame, std::size_t i, const QString& problem);
+    // Checks field i as a whole and stores it when right; false (and marked) when wrong.
     bool Take(Frame& frame, std::size_t i);
+    // Takes every field typed in; the index of the first wrong one, or -1.
     int TakeAll();
+    // True when every field typed in is right; else names the first wrong one and focuses it.
     bool FieldsReady();
+    // True when the map differs from saved_ or a field typed in is wrong.
     bool Changed();
 
     std::shared_ptr<UserInterface> ui_;
