@@ -2,6 +2,7 @@
 
 #include <meridex/frame/Base64Encoder.h>
 #include <meridex/frame/ErrorHandler.h>
+#include <meridex/frame/XmlDocument.h>
 
 namespace meridex::python {
 
@@ -9,7 +10,7 @@ void BindFrame(py::module_& m) {
     py::class_<XmlNode>(m, "Element",
                         "A live view of one XML element: its name, its text and its child elements. "
                         "Two views of one element see the same data.")
-        .def_property_readonly("name", &XmlNode::Name)
+        .def_property_readonly("name", &XmlNode::Name, "The element's name")
         .def_property(
             "text", &XmlNode::Text, [](const XmlNode& node, std::string_view text) { node.setText(text); },
             "The element's text")
@@ -27,20 +28,61 @@ void BindFrame(py::module_& m) {
             py::arg("path"), "The first element at a relative name path (\"PROFILE/KEY\"), or None")
         .def("find_all", &XmlNode::SelectAll, py::arg("path"), "Every element at a relative name path")
         .def_property_readonly("xml", &XmlNode::Xml, "The element serialised as XML")
-        .def("__eq__", [](const XmlNode& a, const XmlNode& b) { return a == b; })
-        .def("__repr__", [](const XmlNode& node) { return "<meridex.Element " + node.Name() + ">"; });
+        .def(
+            "__eq__",
+            [](const XmlNode& a, const py::object& b) { return py::isinstance<XmlNode>(b) && a == b.cast<XmlNode>(); },
+            py::arg("other"), "True when both views are of the same element")
+        .def("__repr__", [](const XmlNode& node) { return "<meridex.Element " + node.Name() + ">"; },
+             "The element's name in angle brackets");
+
+    py::class_<XmlDocument>(m, "Document", "An XML document as the library reads and writes it")
+        .def_static("New", &XmlDocument::New, "An empty document")
+        .def_static(
+            "Parse",
+            [](std::string_view text) {
+                std::string error;
+                XmlDocument document = XmlDocument::Parse(text, &error);
+                if (document.IsNull()) throw py::value_error(error);
+                return document;
+            },
+            py::arg("text"), "A document read from XML text; ValueError naming the fault when it is not well-formed")
+        .def_static(
+            "Load",
+            [](const std::string& path) {
+                std::string error;
+                XmlDocument document = XmlDocument::Load(path, &error);
+                if (document.IsNull()) throw py::value_error(path + ": " + error);
+                return document;
+            },
+            py::arg("path"), "A document read from a file; ValueError naming the fault when it cannot be read")
+        .def_property_readonly(
+            "Root", [](const XmlDocument& d) { return OrNone(d.DocumentElement()); },
+            "The root element, or None for a document without one")
+        .def("Serialize", &XmlDocument::Serialize, "The document as text, as a save writes it")
+        .def(
+            "Save",
+            [](const XmlDocument& d, const std::string& path) {
+                std::string error;
+                if (!d.Save(path, &error)) throw py::value_error(path + ": " + error);
+            },
+            py::arg("path"), "Writes the document to a file atomically; ValueError when it cannot be written");
 
     py::class_<Base64Encoder>(m, "Base64Encoder", "Base64 of windows-1252 text, as the legacy host stores passwords")
-        .def(py::init<>())
-        .def("Encode", &Base64Encoder::Encode, py::arg("text"))
-        .def("Decode", &Base64Encoder::Decode, py::arg("text"), "Raises meridex.Error on text that is not Base64");
+        .def(py::init<>(), "An encoder")
+        .def("Encode", &Base64Encoder::Encode, py::arg("text"), "The Base64 of the text's windows-1252 bytes")
+        .def("Decode", &Base64Encoder::Decode, py::arg("text"),
+             "The text Base64 stands for; raises meridex.Error on text that is not Base64");
 
     py::class_<ErrorHandler>(m, "ErrorHandler", "Writes trapped failures to an error log")
-        .def(py::init([] { return std::make_unique<ErrorHandler>(); }))
-        .def_property("ErrorLogFile", &ErrorHandler::ErrorLogFile, &ErrorHandler::setErrorLogFile)
-        .def_property("LogErrors", &ErrorHandler::LogErrors, &ErrorHandler::setLogErrors)
-        .def_property("DisplayErrorMsg", &ErrorHandler::DisplayErrorMsg, &ErrorHandler::setDisplayErrorMsg)
-        .def("LogError", &ErrorHandler::LogError, py::arg("number"), py::arg("description"), py::arg("context"));
+        .def(py::init([] { return std::make_unique<ErrorHandler>(); }), "A handler with no log file yet")
+        .def_property("ErrorLogFile", &ErrorHandler::ErrorLogFile, &ErrorHandler::setErrorLogFile,
+                      "The log file failures are appended to")
+        .def_property("LogErrors", &ErrorHandler::LogErrors, &ErrorHandler::setLogErrors,
+                      "True when failures are written to the log")
+        .def_property("DisplayErrorMsg", &ErrorHandler::DisplayErrorMsg, &ErrorHandler::setDisplayErrorMsg,
+                      "True when failures are also shown through the installed user interface")
+        .def("LogError", &ErrorHandler::LogError, py::arg("number"), py::arg("description"), py::arg("context"),
+             "Logs one failure: its number, description and context (\"Class:Routine\")");
 }
 
 }  // namespace meridex::python

@@ -27,8 +27,8 @@ class Error(Exception):
 PYBIND11_MODULE(meridex, m) {
     namespace py = pybind11;
     using namespace meridex::python;
-    m.doc() = "Settings and user profiles, the address book, the communications map and scheme "
-              "synchronisation of the Meridex library";
+    m.doc() = "Settings and user profiles, the address book, the communications map, scheme files, scheme "
+              "synchronisation and logger firmware of the Meridex library";
     m.attr("__version__") = meridex::VersionText();
     py::exec(kErrorClass, m.attr("__dict__"));
     // Held for the translator as long as the interpreter runs.
@@ -46,4 +46,5 @@ PYBIND11_MODULE(meridex, m) {
     BindAddressBook(m);
     BindComms(m);
     BindSync(m);
+    BindFirmware(m);
 }
