@@ -1,7 +1,9 @@
 #include "Bind.h"
 
 #include <meridex/frame/Base64Encoder.h>
+#include <meridex/frame/Error.h>
 #include <meridex/frame/ErrorHandler.h>
+#include <meridex/frame/FileOps.h>
 #include <meridex/frame/XmlDocument.h>
 
 namespace meridex::python {
@@ -66,6 +68,23 @@ void BindFrame(py::module_& m) {
                 if (!d.Save(path, &error)) throw py::value_error(path + ": " + error);
             },
             py::arg("path"), "Writes the document to a file atomically; ValueError when it cannot be written");
+
+    py::class_<Namespace<struct FileOpsTag>>(m, "FileOps", "The library's file operations")
+        .def_static(
+            "WriteFileAtomic",
+            [](const std::string& path, const py::bytes& bytes) {
+                std::string error;
+                if (!FileOps::WriteFileAtomic(path, std::string(bytes), &error))
+                    throw Error(ErrorNumber::PathFileAccess, "FileOps:WriteFileAtomic", error);
+            },
+            py::arg("path"), py::arg("data"),
+            "Writes bytes through a temporary file beside the target, flushed and renamed over it; raises "
+            "meridex.Error and leaves the old file as it was when that fails")
+        .def_static("KeepUnreadableFile", &FileOps::KeepUnreadableFile, py::arg("path"),
+                    "Copies a file that could not be read to a free name beside it (NAME.unreadable, ...); the "
+                    "copy's path, or \"\" when there was nothing to keep")
+        .def_static("CreateFolderPath", &FileOps::CreateFolderPath, py::arg("path"),
+                    "Creates the folder and every missing parent; meridex.Error 76 for a relative or empty path");
 
     py::class_<Base64Encoder>(m, "Base64Encoder", "Base64 of windows-1252 text, as the legacy host stores passwords")
         .def(py::init<>(), "An encoder")

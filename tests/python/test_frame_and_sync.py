@@ -39,3 +39,16 @@ def test_sync_compares_copies_and_raises_its_events(tmp_path):
     assert [source for source, _, _ in copied] == [str(remote / "North" / "Weir1")]
     assert (local / "North" / "Weir1.SXS").read_text() == "new"
     assert len(sync.Errors) == 0
+
+
+def test_file_operations_write_atomically_and_raise_the_library_errors(tmp_path):
+    target = tmp_path / "a" / "b"
+    meridex.FileOps.CreateFolderPath(str(target))
+    meridex.FileOps.WriteFileAtomic(str(target / "f.bin"), b"\x00\xffdata")
+    assert (target / "f.bin").read_bytes() == b"\x00\xffdata" and [p.name for p in target.iterdir()] == ["f.bin"]
+    with pytest.raises(meridex.Error) as relative:
+        meridex.FileOps.CreateFolderPath("relative/folder")
+    assert relative.value.number == 76
+    with pytest.raises(meridex.Error):
+        meridex.FileOps.WriteFileAtomic(str(tmp_path / "missing" / "f.bin"), b"x")
+    assert meridex.FileOps.KeepUnreadableFile(str(target / "f.bin")) == str(target / "f.bin.unreadable")
