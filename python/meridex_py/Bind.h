@@ -20,6 +20,7 @@ void BindAddressBook(py::module_& m);
 void BindComms(py::module_& m);
 void BindSync(py::module_& m);
 void BindFirmware(py::module_& m);
+void BindUserInterface(py::module_& m);
 
 // A namespace of the library's free functions, bound as a class of static
 // methods (meridex.LoggerLinks.OpenTcp), which the type stubs can describe.

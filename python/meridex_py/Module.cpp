@@ -42,6 +42,7 @@ PYBIND11_MODULE(meridex, m) {
         }
     });
     BindFrame(m);
+    BindUserInterface(m);
     BindSettings(m);
     BindAddressBook(m);
     BindComms(m);

@@ -52,3 +52,38 @@ def test_file_operations_write_atomically_and_raise_the_library_errors(tmp_path)
     with pytest.raises(meridex.Error):
         meridex.FileOps.WriteFileAtomic(str(tmp_path / "missing" / "f.bin"), b"x")
     assert meridex.FileOps.KeepUnreadableFile(str(target / "f.bin")) == str(target / "f.bin.unreadable")
+
+
+class Answers(meridex.UserInterface):
+    """A user interface that records every message and answers input boxes from a list."""
+
+    def __init__(self, inputs):
+        super().__init__()
+        self.messages, self.inputs = [], list(inputs)
+
+    def MessageBox(self, text, buttons, icon, caption, default_button):
+        self.messages.append((text, icon))
+        return meridex.MessageResult.OK
+
+    def InputBox(self, prompt, title, options):
+        return self.inputs.pop(0) if self.inputs else None
+
+    def SetPassword(self):
+        return ""
+
+    def EnterPassword(self, password):
+        return False
+
+
+def test_an_installed_python_interface_is_shown_what_the_library_says(tmp_path):
+    answers = Answers([])
+    meridex.UserInterface.Install(answers)
+    try:
+        handler = meridex.ErrorHandler()
+        handler.ErrorLogFile, handler.DisplayErrorMsg = str(tmp_path / "log.txt"), True
+        handler.LogError(53, "File not found", "frmFirmware:cmdBrowse_Click")
+    finally:
+        meridex.UserInterface.Install(None)
+    assert len(answers.messages) == 1 and "File not found" in answers.messages[0][0]
+    handler.LogError(53, "File not found", "again")
+    assert len(answers.messages) == 1
