@@ -4,9 +4,44 @@
 #include <meridex/frame/Error.h>
 #include <meridex/frame/ErrorHandler.h>
 #include <meridex/frame/FileOps.h>
+#include <meridex/frame/XMLFactoryLease.h>
+#include <meridex/frame/XMLOps.h>
 #include <meridex/frame/XmlDocument.h>
 
 namespace meridex::python {
+namespace {
+
+// An XMLOps function run with the factory document alive (it makes the missing elements).
+template <typename Result, typename... Args>
+auto WithFactory(Result (*function)(Args...)) {
+    return [function](Args... args) {
+        XMLFactoryLease lease;
+        return function(args...);
+    };
+}
+
+void BindXmlOps(py::module_& m) {
+    py::class_<Namespace<struct XMLOpsTag>>(m, "XMLOps", "Values of an element's children, as the documents store them")
+        .def_static("GetXMLValue", WithFactory(&XMLOps::GetXMLValue), py::arg("node"), py::arg("name"),
+                    py::arg("default"), "The child's text; a missing child gives default, then stored unforced")
+        .def_static("SetXMLValue", WithFactory(&XMLOps::SetXMLValue), py::arg("node"), py::arg("name"),
+                    py::arg("value"), py::arg("force") = false,
+                    "Stores the child's text; without force \"\" and \"0\" remove the child")
+        .def_static("ReadXMLString", WithFactory(&XMLOps::ReadXMLString), py::arg("node"), py::arg("name"),
+                    py::arg("default"), py::arg("force") = false,
+                    "The child's text; a missing child gives default, then stored")
+        .def_static("ReadXMLInteger", WithFactory(&XMLOps::ReadXMLInteger), py::arg("node"), py::arg("name"),
+                    py::arg("default"), py::arg("force") = false,
+                    "The child's leading number; meridex.Error 6 beyond 16 bits")
+        .def_static("ReadXMLBoolean", WithFactory(&XMLOps::ReadXMLBoolean), py::arg("node"), py::arg("name"),
+                    py::arg("default"), py::arg("force") = false,
+                    "True when the child holds a non-zero number or \"True\" in any case")
+        .def_static("WriteXMLString", WithFactory(&XMLOps::WriteXMLString), py::arg("node"), py::arg("name"),
+                    py::arg("value"), py::arg("default"), py::arg("force") = false,
+                    "Writes the child's text; a missing child is made with force or when value is not default");
+}
+
+}  // namespace
 
 void BindFrame(py::module_& m) {
     py::class_<XmlNode>(m, "Element",
@@ -69,6 +104,7 @@ void BindFrame(py::module_& m) {
             },
             py::arg("path"), "Writes the document to a file atomically; ValueError when it cannot be written");
 
+    BindXmlOps(m);
     py::class_<Namespace<struct FileOpsTag>>(m, "FileOps", "The library's file operations")
         .def_static(
             "WriteFileAtomic",

@@ -87,3 +87,17 @@ def test_an_installed_python_interface_is_shown_what_the_library_says(tmp_path):
     assert len(answers.messages) == 1 and "File not found" in answers.messages[0][0]
     handler.LogError(53, "File not found", "again")
     assert len(answers.messages) == 1
+
+
+def test_xml_values_are_read_and_stored_by_the_documents_rules():
+    root = meridex.Document.Parse("<SETTINGS><PORT>7</PORT><BIG>70000</BIG></SETTINGS>").Root
+    ops = meridex.XMLOps
+    assert ops.ReadXMLInteger(root, "PORT", 0) == 7 and ops.GetXMLValue(root, "HOST", "h") == "h"
+    assert root.find("HOST").text == "h"
+    ops.SetXMLValue(root, "HOST", "")
+    assert root.find("HOST") is None
+    ops.SetXMLValue(root, "FLAG", "0", force=True)
+    assert not ops.ReadXMLBoolean(root, "FLAG", True) and ops.ReadXMLBoolean(root, "NEW", True)
+    with pytest.raises(meridex.Error) as overflow:
+        ops.ReadXMLInteger(root, "BIG", 0)
+    assert overflow.value.number == 6
