@@ -1,6 +1,8 @@
 #pragma once
 // Shared by the binding files: null views become None, and the Python side of
 // the library's 1-based, key-or-number index.
+#include <optional>
+
 #include <pybind11/functional.h>
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
@@ -17,6 +19,13 @@ void BindSettings(py::module_& m);
 void BindAddressBook(py::module_& m);
 void BindComms(py::module_& m);
 void BindSync(py::module_& m);
+void BindFirmware(py::module_& m);
+void BindUserInterface(py::module_& m);
+
+// A namespace of the library's free functions, bound as a class of static
+// methods (meridex.LoggerLinks.OpenTcp), which the type stubs can describe.
+template <typename Tag>
+struct Namespace {};
 
 // An int is a 1-based number, a str a key (as the library's Index).
 using PyIndex = std::variant<long long, std::string>;
@@ -25,10 +34,11 @@ inline Index ToIndex(const PyIndex& index) {
                                                     : Index(std::get<std::string>(index));
 }
 
-// A view, or None when it is null.
+// A view, or None when it is null (typed Optional[View] in the stubs).
 template <typename View>
-py::object OrNone(const View& view) {
-    return view.IsNull() ? py::none() : py::cast(view);
+std::optional<View> OrNone(const View& view) {
+    if (view.IsNull()) return std::nullopt;
+    return view;
 }
 
 // The Python way for a miss in [ ]: IndexError for a number, KeyError for a key.
@@ -48,14 +58,19 @@ View Required(const View& view, const PyIndex& index) {
 template <typename Class, typename Count, typename Item>
 Class& AddSequence(Class& cls, Count count, Item item) {
     using Self = typename Class::type;
-    cls.def("__len__", [count](const Self& self) { return count(self); })
-        .def("__getitem__",
-             [item](const Self& self, const PyIndex& index) { return Required(item(self, ToIndex(index)), index); })
-        .def("__iter__", [count, item](const Self& self) {
-            py::list items;
-            for (long long i = 1, n = count(self); i <= n; ++i) items.append(py::cast(item(self, Index(i))));
-            return py::iter(items);
-        });
+    cls.def("__len__", [count](const Self& self) { return count(self); }, "The number of items")
+        .def(
+            "__getitem__",
+            [item](const Self& self, const PyIndex& index) { return Required(item(self, ToIndex(index)), index); },
+            py::arg("index"), "The item by 1-based number or by key; IndexError or KeyError when there is none")
+        .def(
+            "__iter__",
+            [count, item](const Self& self) {
+                py::list items;
+                for (long long i = 1, n = count(self); i <= n; ++i) items.append(py::cast(item(self, Index(i))));
+                return py::iter(items);
+            },
+            "Every item, in order");
     return cls;
 }
 

@@ -27,8 +27,8 @@ class Error(Exception):
 PYBIND11_MODULE(meridex, m) {
     namespace py = pybind11;
     using namespace meridex::python;
-    m.doc() = "Settings and user profiles, the address book, the communications map and scheme "
-              "synchronisation of the Meridex library";
+    m.doc() = "Settings and user profiles, the address book, the communications map, scheme files, scheme "
+              "synchronisation and logger firmware of the Meridex library";
     m.attr("__version__") = meridex::VersionText();
     py::exec(kErrorClass, m.attr("__dict__"));
     // Held for the translator as long as the interpreter runs.
@@ -42,8 +42,10 @@ PYBIND11_MODULE(meridex, m) {
         }
     });
     BindFrame(m);
+    BindUserInterface(m);
     BindSettings(m);
     BindAddressBook(m);
     BindComms(m);
     BindSync(m);
+    BindFirmware(m);
 }

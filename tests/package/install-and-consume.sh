@@ -111,7 +111,9 @@ for kind in "${kinds[@]}"; do
     fi
     py="$build/python3-meridex_${version}_${arch}.deb"
     [ -f "$py" ] || fail "cpack did not make python3-meridex_${version}_${arch}.deb"
-    grep -q './usr/lib/python3/dist-packages/meridex\..*\.so$' <<<"$(dpkg-deb -c "$py")" || fail "python3-meridex has no module"
+    contents=$(dpkg-deb -c "$py")
+    grep -q './usr/lib/python3/dist-packages/meridex/__init__\..*\.so$' <<<"$contents" || fail "python3-meridex has no module"
+    grep -q './usr/lib/python3/dist-packages/meridex/py.typed$' <<<"$contents" || fail "python3-meridex has no py.typed"
     grep -qF "meridex (= $version)" <<<"$(dpkg-deb -f "$py" Depends)" || fail "python3-meridex does not depend on meridex"
   fi
   unset LD_LIBRARY_PATH

@@ -4,6 +4,7 @@ from pathlib import Path
 import pytest
 
 import meridex
+from conftest import FakePorts
 
 DEMO_IMPORT = Path(__file__).resolve().parents[2] / "examples" / "demo" / "import"
 
@@ -49,18 +50,6 @@ def test_library_failures_are_python_exceptions_with_their_fields(tmp_path):
     assert caught.value.number != 0 and caught.value.description
     with pytest.raises(meridex.Error):
         book.FindSite("no backslash")
-
-
-class FakePorts(meridex.SerialPortSource):
-    def __init__(self, numbers):
-        super().__init__()
-        self.numbers = numbers
-
-    def ListPorts(self):
-        return [meridex.SerialPort(n, f"/dev/ttyFAKE{n}", f"Adapter {n}") for n in self.numbers]
-
-    def Probe(self, port):
-        return True
 
 
 def test_the_map_follows_the_injected_ports(tmp_path):
