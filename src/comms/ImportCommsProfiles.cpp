@@ -76,7 +76,9 @@ void ImportCommsProfiles::ImportSchemes(const std::string& rootPath, const SiteG
     // so scheme texts still begin with a text as long as rootPath.
     std::string folder = rootPath;
     if (kSeparator == '/') std::replace(folder.begin(), folder.end(), '\\', '/');
-    if (!folder.empty() && !FileOps::IsSeparator(folder.back())) folder += kSeparator;
+    // A trailing separator of either kind becomes the system's, so both forms find the same paths.
+    if (!folder.empty() && FileOps::IsSeparator(folder.back())) folder.back() = kSeparator;
+    else if (!folder.empty()) folder += kSeparator;
     if (!folder.empty()) FindSchemes(folder);
 
     const std::size_t count = schemes_.size();
