@@ -85,7 +85,7 @@ const T& Pick(Random& random, const std::vector<T>& from) {
 int Below(Random& random, int n) { return std::uniform_int_distribution<int>(0, n - 1)(random); }
 
 // Answers every prompt at random, and records it as the test interface does. In its way-out mode it
-// answers as a person leaving would: the first button, the last choice, every entry cancelled.
+// answers as a person leaving would: the default button, the last choice, every entry cancelled.
 class MonkeyUserInterface : public RecordingUserInterface {
 public:
     explicit MonkeyUserInterface(Random& random) : random_(random) {}
@@ -93,9 +93,13 @@ public:
 
     MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
                              const std::string& caption, MessageDefaultButton defaultButton) override {
-        static const std::vector<MessageResult> answers{MessageResult::OK, MessageResult::Cancel, MessageResult::Yes,
-                                                        MessageResult::No};
-        if (!wayOut) QueueMessageResult(Pick(random_, answers));
+        // One of the buttons offered, as a person can only press those.
+        using R = MessageResult;
+        const std::vector<R> offered = buttons == MessageButtons::OK         ? std::vector<R>{R::OK}
+                                       : buttons == MessageButtons::OKCancel ? std::vector<R>{R::OK, R::Cancel}
+                                       : buttons == MessageButtons::YesNo    ? std::vector<R>{R::Yes, R::No}
+                                                                             : std::vector<R>{R::Yes, R::No, R::Cancel};
+        if (!wayOut) QueueMessageResult(Pick(random_, offered));
         return RecordingUserInterface::MessageBox(text, buttons, icon, caption, defaultButton);
     }
     std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,
@@ -320,6 +324,8 @@ TEST(Monkey, EveryDialogKeepsItsFilesWholeAndCanAlwaysBeClosed) {
     const std::uint64_t seed = SeedOf();
     const int total = ActionsOf();
     SCOPED_TRACE("seed " + std::to_string(seed) + " (replay with MERIDEX_MONKEY_SEED=" + std::to_string(seed) + ")");
+    // Printed first too, so that even a crash can be replayed.
+    std::cout << "monkey: seed " << seed << " (MERIDEX_MONKEY_SEED replays it)" << std::endl;
     Random random(seed);
     auto ui = std::make_shared<MonkeyUserInterface>(random);
     World world(ui);
