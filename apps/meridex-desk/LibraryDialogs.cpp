@@ -9,6 +9,7 @@ namespace meridex::desk {
 ui::V4Dialogs LibraryDialogs::Dialogs() const {
     ui::V4Dialogs dialogs(ui_);
     dialogs.setCommsSources(ports_, store_);
+    dialogs.setErrorHandler(errors_);
     return dialogs;
 }
 

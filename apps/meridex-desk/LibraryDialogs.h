@@ -21,10 +21,11 @@ namespace meridex::desk {
 class LibraryDialogs : public DeskDialogs {
 public:
     /// Prompts of the dialogs go to ui (null: the installed interface); the device dialogs' maps use
-    /// ports and store (null: this PC's), as the desk's own map does.
+    /// ports and store (null: this PC's), as the desk's own map does; what the editors cannot do is
+    /// logged through errors (not owned; null: not logged).
     explicit LibraryDialogs(std::shared_ptr<UserInterface> ui = nullptr, std::shared_ptr<SerialPortSource> ports = nullptr,
-                            std::shared_ptr<UserStore> store = nullptr)
-        : ui_(std::move(ui)), ports_(std::move(ports)), store_(std::move(store)) {}
+                            std::shared_ptr<UserStore> store = nullptr, ErrorHandler* errors = nullptr)
+        : ui_(std::move(ui)), ports_(std::move(ports)), store_(std::move(store)), errors_(errors) {}
 
     void ShowProfileEditor(Settings& settings, QWidget* owner) override;
     void OpenAddressBook(const std::string& addressBookFile, const std::string& commsMapFile,
@@ -42,6 +43,7 @@ private:
     std::shared_ptr<UserInterface> ui_;
     std::shared_ptr<SerialPortSource> ports_;
     std::shared_ptr<UserStore> store_;
+    ErrorHandler* errors_;
 };
 
 }  // namespace meridex::desk

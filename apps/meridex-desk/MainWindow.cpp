@@ -89,7 +89,7 @@ MainWindow::MainWindow(Workspace workspace, DeskOptions options, QWidget* parent
     : QMainWindow(parent), workspace_(std::move(workspace)), options_(std::move(options)), errors_(options_.ui) {
     setObjectName(QStringLiteral("frmDesk"));
     setWindowTitle(QStringLiteral("Meridex Desk - ") + Q(workspace_.Folder().string()));
-    if (!options_.dialogs) options_.dialogs = std::make_shared<LibraryDialogs>(options_.ui, options_.ports, options_.store);
+    if (!options_.dialogs) options_.dialogs = std::make_shared<LibraryDialogs>(options_.ui, options_.ports, options_.store, &errors_);
     errors_.setErrorLogFile(workspace_.ErrorLogFile().string());
     errors_.setLogErrors(true);
     StartUp();
@@ -185,6 +185,10 @@ void MainWindow::BuildCommands() {
     cboCurrentProfile_->setToolTip(QStringLiteral("The current profile: which commands are shown"));
     connect(cboCurrentProfile_, &QComboBox::activated, this,
             [this](int index) { SwitchProfile(cboCurrentProfile_->itemText(index)); });
+    // A widget of the status bar, not its message: a menu's hint covers it for a moment only.
+    lblCommandsShown_ = new QLabel;
+    lblCommandsShown_->setObjectName(QStringLiteral("lblCommandsShown"));
+    statusBar()->addWidget(lblCommandsShown_, 1);
     auto* label = new QLabel(QStringLiteral("Profile:"));
     label->setBuddy(cboCurrentProfile_);
     statusBar()->addPermanentWidget(label);
@@ -276,7 +280,7 @@ void MainWindow::RefreshCommands() {
     for (const auto& [command, action] : actions_) {
         action->setVisible(!command->feature || current.FeatureAvailable(command->feature));
     }
-    statusBar()->showMessage(QStringLiteral("%1 of %2 commands shown for %3")
+    lblCommandsShown_->setText(QStringLiteral("%1 of %2 commands shown for %3")
                                  .arg(std::count_if(actions_.begin(), actions_.end(),
                                                     [](const auto& entry) { return entry.second->isVisible(); }))
                                  .arg(actions_.size())

@@ -106,6 +106,7 @@ private:
     QComboBox* cboCurrentProfile_ = nullptr;
     QTreeWidget* lvDevices_ = nullptr;
     QLabel* lblDevices_ = nullptr;
+    QLabel* lblCommandsShown_ = nullptr;
     QLabel* lblLocalSchemes_ = nullptr;
     QPointer<SyncWindow> sync_;
 };

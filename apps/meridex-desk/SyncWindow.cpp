@@ -19,6 +19,7 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QShortcut>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -152,6 +153,11 @@ SyncWindow::SyncWindow(const std::string& remoteFolder, const std::string& local
     connect(cmdSynchronise_, &QPushButton::clicked, this, [this] { Synchronise(); });
     connect(cmdCancel_, &QPushButton::clicked, this, [this] { Cancel(); });
     connect(cmdClose_, &QPushButton::clicked, this, [this] { close(); });
+    // Escape closes the window as it closes a dialog; while a run goes on it cancels the run first.
+    connect(new QShortcut(QKeySequence(Qt::Key_Escape), this), &QShortcut::activated, this, [this] {
+        if (running_) Cancel();
+        else close();
+    });
 
     txtFound_ = new QPlainTextEdit;
     txtFound_->setObjectName(QStringLiteral("txtFound"));

@@ -79,7 +79,7 @@ void AddBase64Command(CLI::App& app) {
     encode->callback([text] {
         const std::string plain = TextArgument(*text);
         if (!Text::IsValidUtf8(plain)) throw Failure(kBadInput, "the text is not valid UTF-8");
-        if (Text::FromWindows1252(Text::ToWindows1252(plain)) != plain)
+        if (!Text::FitsWindows1252(plain))
             throw Failure(kBadInput, "the text holds characters that windows-1252 cannot hold; "
                                      "the legacy host could not read them back");
         const std::string encoded = Base64Encoder().Encode(plain);

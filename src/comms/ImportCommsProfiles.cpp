@@ -18,6 +18,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr char kSeparator = static_cast<char>(fs::path::preferred_separator);
+
 bool IsSchemeFileName(const std::string& name) {
     return name.size() >= 4 && Text::EqualsIgnoreCase(std::string_view(name).substr(name.size() - 4), ".xml");
 }
@@ -69,11 +71,14 @@ void ImportCommsProfiles::ImportSchemes(const std::string& rootPath, const SiteG
     cancelled_ = false;
     root_ = rootSiteGroup;
 
-    // "\" separates folders here too; the replacement keeps every length, so
-    // scheme texts still begin with a text as long as rootPath.
+    // Paths are reported with this system's own separator, so Windows keeps its "\". Where "/" is
+    // the separator, a "\" in rootPath separates folders too; the replacement keeps every length,
+    // so scheme texts still begin with a text as long as rootPath.
     std::string folder = rootPath;
-    std::replace(folder.begin(), folder.end(), '\\', '/');
-    if (!folder.empty() && folder.back() != '/') folder += '/';
+    if (kSeparator == '/') std::replace(folder.begin(), folder.end(), '\\', '/');
+    // A trailing separator of either kind becomes the system's, so both forms find the same paths.
+    if (!folder.empty() && FileOps::IsSeparator(folder.back())) folder.back() = kSeparator;
+    else if (!folder.empty()) folder += kSeparator;
     if (!folder.empty()) FindSchemes(folder);
 
     const std::size_t count = schemes_.size();
@@ -102,7 +107,8 @@ void ImportCommsProfiles::FindSchemes(const std::string& root) {
             schemes_.push_back(folder + name);
             Message("Scheme Found: " + schemes_.back());
         }
-        for (auto name = folders.rbegin(); name != folders.rend(); ++name) pending.push_back(folder + *name + "/");
+        for (auto name = folders.rbegin(); name != folders.rend(); ++name)
+            pending.push_back(folder + *name + kSeparator);
     }
 }
 

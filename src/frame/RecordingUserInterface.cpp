@@ -50,8 +50,21 @@ bool RecordingUserInterface::EnterPassword(const std::string& password) {
     return typed && *typed == password;
 }
 
+std::optional<int> RecordingUserInterface::Choose(const std::string& text, const std::vector<std::string>& choices,
+                                                  MessageIcon icon, const std::string& caption, int defaultChoice) {
+    choicesAsked_.push_back({text, choices, icon, caption, defaultChoice});
+    return Next(choices_).value_or(std::nullopt);
+}
+
+std::optional<std::string> RecordingUserInterface::SaveFileName(const std::string&, const std::string& suggestedPath) {
+    saveFileNamesAsked_.push_back(suggestedPath);
+    return Next(saveFileNames_).value_or(std::nullopt);
+}
+
 void RecordingUserInterface::Clear() {
     messages_.clear();
+    choicesAsked_.clear();
+    saveFileNamesAsked_.clear();
     prompts_.clear();
     inputs_asked_.clear();
     passwordChecks_.clear();

@@ -29,6 +29,15 @@ public:
         InputBoxOptions options;  ///< Default text and limits.
     };
 
+    /// One choice as it was offered.
+    struct Choice {
+        std::string text;                  ///< The message.
+        std::vector<std::string> choices;  ///< The buttons offered, in order.
+        MessageIcon icon;                  ///< The icon shown.
+        std::string caption;               ///< The title.
+        int defaultChoice;                 ///< The choice Enter makes.
+    };
+
     /// Records the message and answers the next queued result.
     MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
                              const std::string& caption,
@@ -41,6 +50,13 @@ public:
     /// Records password and compares it with the next queued entry (cancelled when none is queued).
     bool EnterPassword(const std::string& password) override;
 
+    /// Records the choice and answers the next queued one (closed without a choice when none is
+    /// queued, so an unscripted run never repeats a choice for ever).
+    std::optional<int> Choose(const std::string& text, const std::vector<std::string>& choices, MessageIcon icon,
+                              const std::string& caption, int defaultChoice = 0) override;
+    /// Records the title and answers the next queued path (cancelled when none is queued).
+    std::optional<std::string> SaveFileName(const std::string& title, const std::string& suggestedPath) override;
+
     /// The next message box answers result.
     void QueueMessageResult(MessageResult result) { messageResults_.push_back(result); }
     /// The next input box answers answer (an empty optional cancels it).
@@ -49,6 +65,11 @@ public:
     void QueueNewPassword(std::string password) { newPasswords_.push_back(std::move(password)); }
     /// The next EnterPassword is answered as if typed were typed (an empty optional cancels it).
     void QueuePasswordEntry(std::optional<std::string> typed) { passwordEntries_.push_back(std::move(typed)); }
+
+    /// The next Choose answers index (an empty optional: closed without a choice).
+    void QueueChoice(std::optional<int> index) { choices_.push_back(index); }
+    /// The next SaveFileName answers path (an empty optional cancels it).
+    void QueueSaveFileName(std::optional<std::string> path) { saveFileNames_.push_back(std::move(path)); }
 
     /// Every message box, oldest first.
     const std::vector<Message>& Messages() const noexcept { return messages_; }
@@ -60,6 +81,10 @@ public:
     int SetPasswordCount() const noexcept { return setPasswordCount_; }
     /// The password each EnterPassword was to be checked against, oldest first.
     const std::vector<std::string>& PasswordChecks() const noexcept { return passwordChecks_; }
+    /// Every choice offered, oldest first.
+    const std::vector<Choice>& Choices() const noexcept { return choicesAsked_; }
+    /// The suggested path of every SaveFileName, oldest first.
+    const std::vector<std::string>& SaveFileNames() const noexcept { return saveFileNamesAsked_; }
     /// Forgets what was asked (the queued answers stay).
     void Clear();
 
@@ -68,7 +93,11 @@ private:
     std::vector<std::string> prompts_;
     std::vector<Input> inputs_asked_;
     std::vector<std::string> passwordChecks_;
+    std::vector<Choice> choicesAsked_;
+    std::vector<std::string> saveFileNamesAsked_;
     int setPasswordCount_ = 0;
+    std::deque<std::optional<int>> choices_;
+    std::deque<std::optional<std::string>> saveFileNames_;
     std::deque<MessageResult> messageResults_;
     std::deque<std::optional<std::string>> inputs_;
     std::deque<std::string> newPasswords_;

@@ -4,13 +4,21 @@
 
 namespace meridex {
 
-MessageResult StderrUserInterface::MessageBox(const std::string& text, MessageButtons buttons, MessageIcon,
-                                              const std::string& caption, MessageDefaultButton) {
+namespace {
+
+void Write(const std::string& text, const std::string& caption) {
     std::string shown;
     for (char c : text) {
         if (c != '\r') shown += c;
     }
-    std::cerr << (caption.empty() ? DefaultCaption() : caption) << ": " << shown << '\n';
+    std::cerr << (caption.empty() ? UserInterface::DefaultCaption() : caption) << ": " << shown << '\n';
+}
+
+}  // namespace
+
+MessageResult StderrUserInterface::MessageBox(const std::string& text, MessageButtons buttons, MessageIcon,
+                                              const std::string& caption, MessageDefaultButton) {
+    Write(text, caption);
     return buttons == MessageButtons::YesNo || buttons == MessageButtons::YesNoCancel ? MessageResult::Yes
                                                                                        : MessageResult::OK;
 }
@@ -29,6 +37,18 @@ std::string StderrUserInterface::SetPassword() {
 bool StderrUserInterface::EnterPassword(const std::string&) {
     std::cerr << "Enter Password (no one to answer; cancelled)\n";
     return false;
+}
+
+std::optional<int> StderrUserInterface::Choose(const std::string& text, const std::vector<std::string>&, MessageIcon,
+                                               const std::string& caption, int) {
+    // Answering a choice for someone who is not there could repeat it for ever; nothing is chosen.
+    Write(text + " (no one to choose; nothing chosen)", caption);
+    return std::nullopt;
+}
+
+std::optional<std::string> StderrUserInterface::SaveFileName(const std::string& title, const std::string&) {
+    std::cerr << title << " (no one to answer; cancelled)\n";
+    return std::nullopt;
 }
 
 }  // namespace meridex

@@ -20,6 +20,11 @@ public:
     std::string SetPassword() override;
     /// Writes a note to standard error and answers cancelled (false).
     bool EnterPassword(const std::string& password) override;
+    /// Writes the text to standard error and answers closed without a choice.
+    std::optional<int> Choose(const std::string& text, const std::vector<std::string>& choices, MessageIcon icon,
+                              const std::string& caption, int defaultChoice = 0) override;
+    /// Writes a note to standard error and answers cancelled.
+    std::optional<std::string> SaveFileName(const std::string& title, const std::string& suggestedPath) override;
 };
 
 }  // namespace meridex

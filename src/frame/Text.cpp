@@ -137,6 +137,10 @@ std::string ToWindows1252(std::string_view utf8Text) {
     return out;
 }
 
+bool FitsWindows1252(std::string_view utf8) {
+    return IsValidUtf8(utf8) && FromWindows1252(ToWindows1252(utf8)) == utf8;
+}
+
 std::string XmlWithCharacterReferences(std::string_view xml) {
     std::string out;
     out.reserve(xml.size() + xml.size() / 8);

@@ -25,6 +25,9 @@ MERIDEX_EXPORT std::string FromWindows1252(std::string_view bytes);
 /// UTF-8 as windows-1252 bytes; characters that windows-1252 cannot hold
 /// become "?".
 MERIDEX_EXPORT std::string ToWindows1252(std::string_view utf8);
+/// True when every character of the UTF-8 text has a windows-1252 byte, so the text comes back
+/// alike from windows-1252 (a password the legacy host stores that way can be typed again).
+MERIDEX_EXPORT bool FitsWindows1252(std::string_view utf8);
 /// Serialised UTF-8 XML made readable alike as UTF-8 and as windows-1252: every
 /// character above 127 in text and attribute values becomes a character
 /// reference ("&#252;"). Names, comments and processing instructions cannot

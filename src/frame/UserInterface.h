@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace meridex {
 
@@ -28,8 +29,8 @@ struct MERIDEX_EXPORT InputBoxOptions {
     std::string toolTip;
 };
 
-/// The one way the library speaks to a person: message boxes, an input box and the two password
-/// dialogs. The core never includes a GUI; the Qt dialogs install their own implementation
+/// The one way the library speaks to a person: message boxes, a choice among named actions, an
+/// input box, the two password dialogs and the question for a file to save to. The core never includes a GUI; the Qt dialogs install their own implementation
 /// (`meridex::ui::InstallQtDialogs`), tests install `RecordingUserInterface` and script the answers.
 /// A dialog asks through this interface and never opens a box of its own.
 class MERIDEX_EXPORT UserInterface {
@@ -50,6 +51,14 @@ public:
     /// Asks for a password; true exactly when the typed text equals password (case-sensitive),
     /// false when it differs or the person cancels.
     virtual bool EnterPassword(const std::string& password) = 0;
+    /// Shows text under caption with one button per choice ("&" marks an access key); Enter chooses
+    /// defaultChoice. The index of the choice made, or an empty optional when the box is closed
+    /// without one (Escape, the close box), which leaves everything as it was.
+    virtual std::optional<int> Choose(const std::string& text, const std::vector<std::string>& choices,
+                                      MessageIcon icon, const std::string& caption, int defaultChoice = 0) = 0;
+    /// Asks under title for the path of a file to save to, starting at suggestedPath; an empty
+    /// optional when the person cancels.
+    virtual std::optional<std::string> SaveFileName(const std::string& title, const std::string& suggestedPath) = 0;
 
     /// The interface installed for this process (by default one that writes messages to standard
     /// error and answers every question with its first button). Installing null restores that default.

@@ -1,6 +1,8 @@
 #include <meridex/ui/QtUserInterface.h>
 
 #include <QApplication>
+#include <QDir>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -57,15 +59,22 @@ MessageResult ResultOf(int button) {
     }
 }
 
+QString Shown(const std::string& text) {
+    QString shown = FromUtf8(text);
+    shown.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    return shown;
+}
+
+QString Caption(const std::string& caption) {
+    return FromUtf8(caption.empty() ? UserInterface::DefaultCaption() : caption);
+}
+
 }  // namespace
 
 std::unique_ptr<QMessageBox> QtUserInterface::MessageBoxFor(const std::string& text, MessageButtons buttons,
                                                              MessageIcon icon, const std::string& caption,
                                                              MessageDefaultButton defaultButton, QWidget* owner) {
-    QString shown = FromUtf8(text);
-    shown.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    auto box = std::make_unique<QMessageBox>(IconOf(icon), FromUtf8(caption.empty() ? DefaultCaption() : caption), shown,
-                                             QMessageBox::NoButton, owner);
+    auto box = std::make_unique<QMessageBox>(IconOf(icon), Caption(caption), Shown(text), QMessageBox::NoButton, owner);
     box->setObjectName(QStringLiteral("MessageBox"));
     const ButtonSet set = ButtonsOf(buttons);
     for (QMessageBox::StandardButton button : set.buttons) box->addButton(button);
@@ -104,6 +113,27 @@ std::string QtUserInterface::SetPassword() {
         if (form.txtPassword->text() == form.txtPassword2->text()) return form.txtPassword->text().toStdString();
         MessageBox("Passwords don't match", MessageButtons::OK, MessageIcon::Information, {});
     }
+}
+
+std::optional<int> QtUserInterface::Choose(const std::string& text, const std::vector<std::string>& choices,
+                                           MessageIcon icon, const std::string& caption, int defaultChoice) {
+    QMessageBox box(IconOf(icon), Caption(caption), Shown(text), QMessageBox::NoButton, Owner());
+    box.setObjectName(QStringLiteral("MessageBox"));
+    QList<QAbstractButton*> buttons;
+    for (const std::string& choice : choices) buttons << box.addButton(FromUtf8(choice), QMessageBox::ActionRole);
+    if (defaultChoice >= 0 && defaultChoice < buttons.size())
+        box.setDefaultButton(static_cast<QPushButton*>(buttons[defaultChoice]));
+    box.exec();
+    const auto chosen = buttons.indexOf(box.clickedButton());
+    if (chosen < 0) return std::nullopt;
+    return static_cast<int>(chosen);
+}
+
+std::optional<std::string> QtUserInterface::SaveFileName(const std::string& title, const std::string& suggestedPath) {
+    const QString path = QFileDialog::getSaveFileName(Owner(), FromUtf8(title), FromUtf8(suggestedPath), {}, nullptr,
+                                                      QFileDialog::DontUseNativeDialog);
+    if (path.isEmpty()) return std::nullopt;
+    return QDir::toNativeSeparators(path).toStdString();
 }
 
 bool QtUserInterface::EnterPassword(const std::string& password) {

@@ -30,6 +30,12 @@ public:
     static std::unique_ptr<QMessageBox> MessageBoxFor(const std::string& text, MessageButtons buttons, MessageIcon icon,
                                                       const std::string& caption, MessageDefaultButton defaultButton,
                                                       QWidget* owner = nullptr);
+    /// A QMessageBox with one button per choice, in order; closing it without a choice gives an
+    /// empty optional.
+    std::optional<int> Choose(const std::string& text, const std::vector<std::string>& choices, MessageIcon icon,
+                              const std::string& caption, int defaultChoice = 0) override;
+    /// The save-file dialog of Qt (its own, not the platform's, so it looks and behaves alike everywhere).
+    std::optional<std::string> SaveFileName(const std::string& title, const std::string& suggestedPath) override;
 };
 
 }  // namespace meridex::ui

@@ -65,12 +65,18 @@ TEST_F(ImportTest, SchemesBecomeSitesInGroupsMirroringFolders) {
     ImportCommsProfiles import(&events);
     import.ImportSchemes(root, book.Sites());
 
-    // Found paths are reported with "/" throughout, also where the root was given
-    // with "\" (as a Windows temporary folder is).
-    std::string slashed = root;
-    std::replace(slashed.begin(), slashed.end(), '\\', '/');
-    const std::vector<std::string> found{slashed + "/top.xml", slashed + "/North/b.xml",
-                                         slashed + "/North/broken.xml", slashed + "/North/Hill/a.XML"};
+    // Found paths keep the root as given and join with the system's own separator ("\" on
+    // Windows); where that is "/", a "\" in the root separates folders too.
+    const char sep = static_cast<char>(std::filesystem::path::preferred_separator);
+    std::string base = root;
+    if (sep == '/') std::replace(base.begin(), base.end(), '\\', '/');
+    const auto at = [&](std::initializer_list<const char*> parts) {
+        std::string path = base;
+        for (const char* part : parts) path += sep + std::string(part);
+        return path;
+    };
+    const std::vector<std::string> found{at({"top.xml"}), at({"North", "b.xml"}), at({"North", "broken.xml"}),
+                                         at({"North", "Hill", "a.XML"})};
     EXPECT_EQ(import.SchemeList(), found);
     std::vector<std::string> expected;
     for (const auto& path : found) expected.push_back("Scheme Found: " + path);

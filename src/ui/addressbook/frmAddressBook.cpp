@@ -13,6 +13,7 @@
 
 #include <meridex/addressbook/AddressBook.h>
 #include <meridex/comms/CommsProfileManager.h>
+#include <meridex/frame/ErrorHandler.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/ui/addressbook/AddressBookTree.h>
 #include <meridex/ui/addressbook/frmImport.h>
@@ -410,8 +411,15 @@ void frmAddressBook::mnuAddParameter_Click() {
             site_.setProfile(XMLOps::CreateXMLElement("PROFILE"));
             profile = site_.Profile();
         }
+        const XmlNode parameter = XMLOps::CreateXMLElement(name);
+        if (!parameter) {
+            ui()->MessageBox("\"" + name + "\" cannot be a parameter name. A parameter name begins with a letter or "
+                             "\"_\" and holds only letters, digits, \"_\", \"-\" and \".\" (no spaces).",
+                             MessageButtons::OK, MessageIcon::Exclamation, "New Parameter");
+            return;
+        }
         // Appended as it is: a second parameter of one name is kept beside the first.
-        profile.AppendChild(XMLOps::CreateXMLElement(name));
+        profile.AppendChild(parameter);
         lvProfileElements->addTopLevelItem(new QTreeWidgetItem(QStringList{Q(name), QString()}));
     });
 }
@@ -442,21 +450,63 @@ void frmAddressBook::mnuEditParameter_Click() {
 
 void frmAddressBook::mnuImport_Click() {
     if (!book_) return;
+    bool imported = false;
     TrapAndShow(ui_, "frmAddressBook:mnuImport_Click", [&] {
         if (ui()->MessageBox("Import remote communications settings from existing schemes?", MessageButtons::OKCancel,
                              MessageIcon::Question, {}, MessageDefaultButton::First) == MessageResult::Cancel)
             return;
+        imported = true;
         frmImport form(this);
         form.StartImport(*book_, this, schemesFolder_);
+        if (form.SitesAdded() > 0 || form.Cancelled()) return;
+        ui()->MessageBox(form.SchemesFound() == 0
+                             ? "No schemes were found to import in \"" + schemesFolder_ + "\"."
+                             : "The schemes found (" + std::to_string(form.SchemesFound()) +
+                                   ") have no phone modem or network connection to import.",
+                         MessageButtons::OK, MessageIcon::Information, "Import");
     });
-    FillTree();
+    // Sites already added by an import that was stopped are shown too.
+    if (imported) FillTree();
 }
 
 void frmAddressBook::mnuExit_Click() { close(); }
 
 bool frmAddressBook::Form_QueryUnload() {
     if (!book_) return true;
-    return TrapAndShow(ui_, "frmAddressBook:Form_QueryUnload", [&] { book_->SaveAddressBook(); });
+    const auto failure = Trap([&] { book_->SaveAddressBook(); });
+    return !failure || SaveFailed(*failure);
+}
+
+bool frmAddressBook::SaveFailed(const TrappedFailure& first) {
+    TrappedFailure failure = first;
+    enum { kTryAgain, kSaveElsewhere, kCloseUnsaved };
+    const auto log = [this](const TrappedFailure& failed) {
+        if (errors_) errors_->LogError(failed.number, failed.description, "frmAddressBook:Form_QueryUnload");
+    };
+    log(failure);
+    for (;;) {
+        std::optional<int> choice;
+        Trap([&] {
+            choice = ui()->Choose("The address book could not be saved.\r\n\r\n" + failure.description +
+                                      "\r\n\r\nTry again, save it to another file, or close without saving (the "
+                                      "file keeps what it held before).",
+                                  {"&Try Again", "&Save to Another File...", "&Close Without Saving"},
+                                  MessageIcon::Exclamation, "Address Book", kTryAgain);
+        });
+        if (!choice) return false;  // closed without a choice: back to editing
+        if (*choice == kCloseUnsaved) return true;
+        std::string target;  // empty: the book's own file
+        if (*choice == kSaveElsewhere) {
+            std::optional<std::string> path;
+            Trap([&] { path = ui()->SaveFileName("Save Address Book As", book_->FilePath()); });
+            if (!path || path->empty()) continue;
+            target = *path;
+        }
+        const auto again = Trap([&] { book_->SaveAddressBook(target); });
+        if (!again) return true;
+        failure = *again;
+        log(failure);
+    }
 }
 
 void frmAddressBook::done(int result) {

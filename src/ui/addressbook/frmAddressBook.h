@@ -21,11 +21,14 @@ class QTreeWidgetItem;
 namespace meridex {
 class AddressBook;
 class CommsProfileManager;
+class ErrorHandler;
 class SerialPortSource;
 class UserStore;
 }  // namespace meridex
 
 namespace meridex::ui {
+
+struct TrappedFailure;
 
 /// The address book editor: the book as a tree (`tvGroups`), the selected group's contents
 /// (`lvGroupList`) or the selected site's parameters (`lvProfileElements`) beside it, and the
@@ -40,6 +43,9 @@ public:
 
     /// The ports and per-user store the communications map is made with (by default this PC's).
     void setCommsSources(std::shared_ptr<SerialPortSource> ports, std::shared_ptr<UserStore> store);
+
+    /// The handler that logs a failed save (not owned; null: not logged).
+    void setErrorHandler(ErrorHandler* errors) noexcept { errors_ = errors; }
 
     /// Loads the book (a missing file gives an empty one) and the map, keeps the schemes folder for
     /// the import, and fills the tree.
@@ -75,20 +81,24 @@ public:
     void mnuAddSite_Click();
     /// Deletes the current site after confirmation.
     void mnuDeleteSite_Click();
-    /// Asks for a name and appends an empty parameter of that name.
+    /// Asks for a name and appends an empty parameter of that name; a name that cannot name an
+    /// element is refused with a message saying which names can.
     void mnuAddParameter_Click();
     /// Deletes the selected parameter after confirmation.
     void mnuDeleteParameter_Click();
     /// Asks for the selected parameter's new value (also a double click on its row).
     void mnuEditParameter_Click();
-    /// Asks whether to import from the schemes folder, imports, and fills the tree again.
+    /// Asks whether to import from the schemes folder, imports, says so when nothing was found to
+    /// import, and fills the tree again; Cancel leaves the tree as it is.
     void mnuImport_Click();
     /// Closes the window, which saves the book.
     void mnuExit_Click();
-    /// Saves the book to its file; false (and the failure shown) when it could not.
+    /// Saves the book to its file. When that fails the failure is logged and the person chooses: try
+    /// again, save to another file, or close without saving (the file stays as it was). False when
+    /// the window is to stay open (the choice was closed without one).
     bool Form_QueryUnload();
 
-    /// Every close (Exit, the close box, Escape, done()) saves first; a failed save keeps the window open.
+    /// Every close (Exit, the close box, Escape, done()) saves first (see Form_QueryUnload).
     void done(int result) override;
 
     QMenuBar* MenuBar = nullptr;
@@ -123,6 +133,8 @@ private:
     void EnableCommands(const QString& tag);
     // Adds a node under the selected one, makes it visible and handles the selection again.
     void AddNodeUnderSelection(QTreeWidgetItem* node);
+    // After a failed save: logs it and asks what to do; true when the window may close.
+    bool SaveFailed(const TrappedFailure& first);
     QAction* Button(const QString& key, const QString& caption, const QString& description, const QString& tip);
 
     std::shared_ptr<UserInterface> ui_;
@@ -131,6 +143,7 @@ private:
     std::unique_ptr<AddressBook> book_;
     std::unique_ptr<CommsProfileManager> map_;
     std::string schemesFolder_;
+    ErrorHandler* errors_ = nullptr;
     SiteGroup group_ = SiteGroup::None();
     Site site_ = Site::None();
     bool filling_ = false;

@@ -68,6 +68,8 @@ void frmImport::StartImport(AddressBook& book, QWidget* owner, const std::string
     rootPath_ = rootPath;
     started_ = false;
     cancel_ = false;
+    cancelled_ = false;
+    schemesFound_ = sitesAdded_ = 0;
     if (owner && owner != parentWidget()) setParent(owner, windowFlags());
     setModal(true);
     exec();
@@ -93,6 +95,9 @@ void frmImport::Run() {
                                  [&] { importer_->ImportSchemes(rootPath_, book_->Sites()); });
     importer_->setEvents(nullptr);
     running_ = false;
+    cancelled_ = importer_->Cancelled();
+    schemesFound_ = importer_->SchemeList().size();
+    sitesAdded_ = importer_->SitesAdded();
     // Complete closes the form; a failed run closes it too, its failure already shown.
     if (!ran || isVisible()) QDialog::done(ran ? Accepted : Rejected);
 }

@@ -1,5 +1,6 @@
 #pragma once
 #include <meridex/ui/Export.h>
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -43,6 +44,11 @@ public:
     void cmdCancel_Click();
     /// True once Cancel was pressed.
     bool CancelRequested() const noexcept { return cancel_; }
+    /// After StartImport: whether the import was stopped by Cancel, how many schemes it found and
+    /// how many sites it added.
+    bool Cancelled() const noexcept { return cancelled_; }
+    std::size_t SchemesFound() const noexcept { return schemesFound_; }
+    std::size_t SitesAdded() const noexcept { return sitesAdded_; }
 
     QLabel* lblMessage = nullptr;
     ProgressPicture* picProgress = nullptr;
@@ -67,6 +73,9 @@ private:
     bool started_ = false;
     bool running_ = false;
     bool cancel_ = false;
+    bool cancelled_ = false;
+    std::size_t schemesFound_ = 0;
+    std::size_t sitesAdded_ = 0;
 };
 
 }  // namespace meridex::ui

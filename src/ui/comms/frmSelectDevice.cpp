@@ -86,7 +86,7 @@ void frmSelectDevice::setCommunicationsManager(CommsProfileManager* map) {
 }
 
 void frmSelectDevice::FillTree() {
-    Trap([&] {
+    TrapAndShow(nullptr, "frmSelectDevice:FillTree", [&] {
         const Filling filling(filling_);
         tvDevices->clear();
         selected_ = XmlNode();
@@ -109,7 +109,7 @@ void frmSelectDevice::FillTree() {
 }
 
 void frmSelectDevice::tvDevices_NodeClick(QTreeWidgetItem* node) {
-    Trap([&] {
+    TrapAndShow(nullptr, "frmSelectDevice:tvDevices_NodeClick", [&] {
         const QString key = ItemKey(node);
         if (key == QLatin1String("ROOT") || !manager_) {
             selected_ = XmlNode();

@@ -28,6 +28,7 @@ bool V4Dialogs::EnterPassword(const std::string& password) const { return ui()->
 void V4Dialogs::OpenAddressBook(const std::string& addressBookFile, const std::string& commsMapFile,
                                 const std::string& schemesFolder) const {
     frmAddressBook editor(ui_);
+    editor.setErrorHandler(errors_);
     editor.LoadAddressBook(addressBookFile, commsMapFile, schemesFolder);
     editor.exec();
 }

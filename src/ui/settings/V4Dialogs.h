@@ -12,6 +12,7 @@
 namespace meridex {
 class AddressBook;
 class CommsProfileManager;
+class ErrorHandler;
 }
 
 namespace meridex::ui {
@@ -53,6 +54,9 @@ public:
     /// and returns when it has closed; the file changes only when the person confirms with OK.
     void EditCommunicationsMap(const std::string& commsMapFile) const;
 
+    /// The handler that logs what the editors cannot do, such as a failed save (not owned; null: none).
+    void setErrorHandler(ErrorHandler* errors) noexcept { errors_ = errors; }
+
     /// The serial ports and per-user store that the device dialogs' maps use (null: this PC's).
     void setCommsSources(std::shared_ptr<SerialPortSource> ports, std::shared_ptr<UserStore> store);
 
@@ -62,6 +66,7 @@ private:
     std::shared_ptr<UserInterface> ui_;
     std::shared_ptr<SerialPortSource> ports_;
     std::shared_ptr<UserStore> store_;
+    ErrorHandler* errors_ = nullptr;
 };
 
 }  // namespace meridex::ui

@@ -316,6 +316,13 @@ void frmProfiles::cmdLock_Click() {
         }
         const std::string password = V4Dialogs(ui()).SetPassword();
         if (password.empty()) return;
+        // Stored as windows-1252: any other character would come back as "?" and never match again.
+        if (!Text::FitsWindows1252(password)) {
+            ui()->MessageBox("The password holds characters that cannot be stored, so it could never be typed "
+                             "again. Use only the letters, digits and signs of windows-1252 (Western European).",
+                             MessageButtons::OK, MessageIcon::Exclamation, "Set Password");
+            return;
+        }
         SetLockState(false);
         settings.SetString(kPassword, EncodePassword(password), true);
         settings.SetBoolean(kUnlocked, false, true);

@@ -60,7 +60,8 @@ public:
     void cmdAddProfile_Click();
     /// Deletes the selected profile after confirmation; the last profile is never deleted.
     void cmdDeleteProfile_Click();
-    /// Locks with a new password, or unlocks with the stored one (clearing it).
+    /// Locks with a new password (refused, with a message, when windows-1252 cannot hold it), or unlocks
+    /// with the stored one (clearing it).
     void cmdLock_Click();
     /// Closes the editor.
     void cmdOK_Click();

@@ -12,6 +12,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QStatusTipEvent>
 #include <QTimer>
 #include <QTreeWidget>
 
@@ -170,6 +171,21 @@ TEST_F(DeskTest, TheProfileDropDownShowsAndHidesTheCommandsAtOnce) {
     for (const QString& name : kLockedAway) EXPECT_TRUE(desk->Action(name)->isVisible()) << name.toStdString();
     EXPECT_FALSE(desk->SwitchProfile("NO SUCH PROFILE"));
     EXPECT_EQ(desk->settings().CurrentProfile().Key(), "ADMINISTRATOR");
+}
+
+TEST_F(DeskTest, TheStatusBarKeepsTheCommandCountWhenAMenuHintHasGone) {
+    auto desk = Open();
+    ASSERT_TRUE(test::ShowActive(desk.get()));
+    auto* count = test::Child<QLabel>(desk.get(), "lblCommandsShown");
+    const QString said = count->text();
+    EXPECT_TRUE(said.contains(" of 25 commands shown for Field Crew")) << said.toStdString();
+    // What a menu sends while the mouse is over an item, then when it leaves.
+    for (const QString& tip : {QStringLiteral("V4_UNLOAD_DATA"), QString()}) {
+        QStatusTipEvent event(tip);
+        QApplication::sendEvent(desk.get(), &event);
+    }
+    EXPECT_TRUE(count->isVisible());
+    EXPECT_EQ(count->text(), said);
 }
 
 TEST_F(DeskTest, LibraryCommandsOpenTheirDialogsOnTheWorkspaceFiles) {

@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QTest>
 #include <QTreeWidget>
 
 #include <meridex/frame/ErrorHandler.h>
@@ -138,6 +140,13 @@ TEST_F(SyncWindowTest, ACopyThatFailsIsListedAndLogged) {
     EXPECT_TRUE(Column(List("lvErrors"), 0).contains("Error"));
     EXPECT_EQ(TempDir::Read(tmp.File("local/Site.SXS")), "here");
     EXPECT_NE(TempDir::Read(tmp.File("ErrorLog.txt")).find("SyncWindow:"), std::string::npos);
+}
+
+TEST_F(SyncWindowTest, EscapeClosesTheWindowAsItClosesADialog) {
+    ASSERT_TRUE(test::ShowActive(&window));
+    QWidget* focused = QApplication::focusWidget();
+    QTest::keyClick(focused ? focused : &window, Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
 }
 
 TEST(SyncWindowTimeNote, NamesOnlyDifferencesThatAreProbablyNotEdits) {

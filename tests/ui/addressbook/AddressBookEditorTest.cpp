@@ -16,6 +16,7 @@
 
 #include <meridex/platform/linux/IniUserStore.h>
 #include <meridex/addressbook/AddressBook.h>
+#include <meridex/frame/ErrorHandler.h>
 #include <meridex/frame/RecordingUserInterface.h>
 #include <meridex/ui/addressbook/frmAddressBook.h>
 #include <meridex/ui/frame/ImageKeys.h>
@@ -306,6 +307,27 @@ TEST_F(AddressBookEditor, AParameterAddedTwiceGivesTwoRowsOfOneName) {
     EXPECT_EQ(Reloaded().FindSite("\\Depot").ParameterCount(), 5);
 }
 
+TEST_F(AddressBookEditor, AParameterNameThatCannotNameAnElementIsRefusedAndAddsNoRow) {
+    Open();
+    ClickNode(Node("\\Depot"));
+    const QStringList before = ParameterRows();
+    // Each answer and whether a message says which names are allowed (an empty answer does nothing).
+    for (const auto& [name, refused] : {std::pair{"Baud Rate", true}, {"2nd", true}, {"A<B", true}, {"", false}}) {
+        SCOPED_TRACE(name);
+        ui_->Clear();
+        ui_->QueueInput(std::string(name));
+        Button("ADDPARAM")->trigger();
+        EXPECT_EQ(ParameterRows(), before);
+        ASSERT_EQ(ui_->Messages().size(), refused ? 1u : 0u);
+        if (refused) {
+            EXPECT_NE(ui_->Messages()[0].text.find("begins with a letter"), std::string::npos);
+        }
+    }
+    EXPECT_TRUE(form_->isVisible());
+    form_->close();
+    EXPECT_EQ(Reloaded().FindSite("\\Depot").ParameterCount(), 4);
+}
+
 TEST_F(AddressBookEditor, EditingAValueTellsCancelFromAnEmptyAnswer) {
     Open();
     ClickNode(Node("\\Depot"));
@@ -394,6 +416,89 @@ TEST_F(AddressBookEditor, EveryCloseRewritesTheFile) {
     form_->show();
     QTest::keyClick(form_.get(), Qt::Key_Escape);
     EXPECT_TRUE(std::filesystem::exists(bookFile_));
+}
+
+TEST_F(AddressBookEditor, ASaveThatFailsOnCloseIsLoggedAndOffersTryAgainAnotherFileOrClosingUnsaved) {
+    ErrorHandler errors(ui_);
+    errors.setErrorLogFile(dir_.File("ErrorLog.txt"));
+    errors.setLogErrors(true);
+    const std::string other = dir_.File("elsewhere.xml");
+    // The choices made in turn (unqueued ones close the box without a choice), the answer to the
+    // file question, whether the window closed, and the file the book was then saved in.
+    const struct {
+        std::vector<std::optional<int>> choices;
+        std::optional<std::string> file;
+        bool closed;
+        std::string savedIn;
+    } cases[] = {
+        {{std::nullopt}, {}, false, {}},
+        {{0}, {}, false, {}},  // tried again: it fails again and is asked again
+        {{1}, std::nullopt, false, {}},  // no other file given: asked again
+        {{1}, other, true, other},
+        {{2}, {}, true, {}},  // closed unsaved: nothing written anywhere
+    };
+    int logged = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        std::filesystem::remove(other);
+        Open(dir_.Write("share/book.xml", TempDir::Read(WriteSmallBook(dir_))));
+        form_->setErrorHandler(&errors);
+        std::filesystem::remove_all(dir_.File("share"));  // the folder has gone
+        ui_->Clear();
+        for (const auto& choice : c.choices) ui_->QueueChoice(choice);
+        if (c.choices[0] == 1) ui_->QueueSaveFileName(c.file);
+        Control<QAction>("mnuExit")->trigger();
+        EXPECT_EQ(form_->isVisible(), !c.closed);
+        ASSERT_FALSE(ui_->Choices().empty());
+        EXPECT_EQ(ui_->Choices()[0].choices,
+                  (std::vector<std::string>{"&Try Again", "&Save to Another File...", "&Close Without Saving"}));
+        EXPECT_NE(ui_->Choices()[0].text.find("could not be saved"), std::string::npos);
+        EXPECT_EQ(ui_->Choices().size(), c.closed ? 1u : c.choices[0] ? 2u : 1u);
+        EXPECT_FALSE(std::filesystem::exists(dir_.File("share")));
+        EXPECT_EQ(std::filesystem::exists(other), !c.savedIn.empty());
+        if (!c.savedIn.empty()) {
+            AddressBook saved;
+            saved.LoadAddressBook(c.savedIn);
+            EXPECT_FALSE(saved.FindSite("\\Depot").IsNull());
+        }
+        logged += 1 + (c.choices[0] == 0 ? 1 : 0);
+    }
+    // One line per failed save, each naming where it happened.
+    const std::string log = TempDir::Read(dir_.File("ErrorLog.txt"));
+    int lines = 0;
+    for (auto at = log.find("frmAddressBook:Form_QueryUnload"); at != std::string::npos;
+         at = log.find("frmAddressBook:Form_QueryUnload", at + 1))
+        ++lines;
+    EXPECT_EQ(lines, logged);
+}
+
+TEST_F(AddressBookEditor, CancellingTheImportLeavesTheTreeAsItIs) {
+    Open();
+    ClickNode(Node("\\North\\Hill"));
+    ui_->QueueMessageResult(MessageResult::OK);
+    Button("DELETEGROUP")->trigger();  // its node goes; the book keeps it (asked of the root group)
+    ClickNode(Node("\\Depot"));
+    ui_->QueueMessageResult(MessageResult::Cancel);
+    Control<QAction>("mnuImport")->trigger();
+    EXPECT_EQ(Node("\\North\\Hill"), nullptr);
+    EXPECT_EQ(TreeView()->currentItem(), Node("\\Depot"));
+}
+
+TEST_F(AddressBookEditor, ImportSaysSoWhenItFoundNothingToImport) {
+    Open();
+    // The scheme written first (none) and what the import then says.
+    const std::pair<const char*, std::string> cases[] = {
+        {nullptr, "No schemes were found to import in \"" + schemes_ + "\"."},
+        {"East/b.xml", "The schemes found (1) have no phone modem or network connection to import."},
+    };
+    for (const auto& [scheme, said] : cases) {
+        if (scheme) dir_.Write(std::string("schemes/") + scheme, SchemeText({ProfileText("RS232", "DIRECT", "Cable")}));
+        ui_->Clear();
+        ui_->QueueMessageResult(MessageResult::OK);
+        Control<QAction>("mnuImport")->trigger();
+        ASSERT_EQ(ui_->Messages().size(), 2u);
+        EXPECT_EQ(ui_->Messages()[1].text, said);
+    }
 }
 
 TEST_F(AddressBookEditor, ImportAsksFirstThenFillsTheTreeFromTheSchemes) {

@@ -1,6 +1,8 @@
 // The import form and the progress bar it draws.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <QApplication>
 #include <QImage>
 #include <QLabel>
@@ -98,6 +100,17 @@ TEST_F(ImportForm, RunsOnceWhenItComesUpShowsEachMessageAndClosesOnComplete) {
     const SiteGroup north = book_.FindGroup("\\North");
     ASSERT_FALSE(north.IsNull());
     EXPECT_EQ(north.GroupCount(), 4);  // one level per scheme file
+}
+
+TEST_F(ImportForm, ReportsPathsAndNamesSitesWithTheSystemsOwnSeparator) {
+    // On Windows the back slashes of the folder given stay, and its sub-folders join with them too.
+    const std::filesystem::path root = std::filesystem::path(dir_.File("schemes")).make_preferred();
+    WatchedImport form;
+    form.StartImport(book_, nullptr, root.string());
+    const std::string first = (root / "North" / "a.xml").string();
+    ASSERT_FALSE(form.shown.empty());
+    EXPECT_EQ(form.shown[0].toStdString(), "Scheme Found: " + first);
+    EXPECT_EQ(book_.FindGroup("\\North").Group("a.xml").Site(1).Name(), first + " (a");
 }
 
 TEST_F(ImportForm, CancelStopsBetweenSchemesAndKeepsWhatWasAdded) {

@@ -1,6 +1,11 @@
 // The Qt user interface opens real message boxes: their text, icon, buttons and default button.
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include <QAbstractButton>
 #include <QMessageBox>
 #include <QTest>
 
@@ -60,4 +65,30 @@ TEST(QtUserInterface, YesNoCancelAnswersTheButtonClicked) {
         })
         .Run([&] { result = qt.MessageBox("Save?", MessageButtons::YesNoCancel, MessageIcon::Question, {}); });
     EXPECT_EQ(result, MessageResult::No);
+}
+
+TEST(QtUserInterface, ChooseOffersOneButtonPerChoiceAndAnswersItsIndex) {
+    ui::QtUserInterface qt;
+    // Each way of answering and the index it gives: Enter takes the default (the second) choice.
+    const std::function<void(QMessageBox*)> answers[] = {
+        [](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Return); },
+        [](QMessageBox* box) { Click(box->buttons().at(2)); },
+    };
+    std::vector<std::optional<int>> results;
+    for (const auto& answer : answers) {
+        ModalScript()
+            .Then([&](QWidget* modal) {
+                QMessageBox* box = AsMessageBox(modal);
+                QStringList texts;
+                for (QAbstractButton* button : box->buttons()) texts << button->text();
+                EXPECT_EQ(texts, (QStringList{"&Try Again", "&Save to Another File...", "&Close Without Saving"}));
+                EXPECT_EQ(box->icon(), QMessageBox::Warning);
+                answer(box);
+            })
+            .Run([&] {
+                results.push_back(qt.Choose("Not saved", {"&Try Again", "&Save to Another File...", "&Close Without Saving"},
+                                            MessageIcon::Exclamation, "Address Book", 1));
+            });
+    }
+    EXPECT_EQ(results, (std::vector<std::optional<int>>{1, 2}));
 }

@@ -16,6 +16,7 @@
 #include <meridex/settings/Settings.h>
 #include <meridex/ui/Install.h>
 #include <meridex/ui/QtUserInterface.h>
+#include <meridex/ui/settings/PasswordCoding.h>
 #include <meridex/ui/settings/frmProfiles.h>
 
 #include "DialogTest.h"
@@ -256,6 +257,28 @@ TEST_F(ProfileEditor, LockingWithAnEmptyOrCancelledPasswordLeavesItUnlocked) {
     EXPECT_TRUE(Profiles()->isEnabled());
     EXPECT_TRUE(settings_.GetBoolean("PROFILES_UNLOCKED", true));
     EXPECT_EQ(settings_.GetString("PROFILE_PASSWORD", "none"), "none");
+}
+
+TEST_F(ProfileEditor, APasswordWindows1252CannotHoldIsRefusedSoTheLockCanAlwaysBeOpened) {
+    // Each password and whether it locks: the stored form keeps only windows-1252 characters.
+    const struct {
+        const char* password;
+        bool locks;
+    } cases[] = {{"\u03a9mega", false}, {"\u65e5\u672c", false}, {"pin \U0001F600", false}, {"Gr\u00fc\u00dfe \u20ac5", true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.password);
+        Open();
+        ui_->Clear();
+        ui_->QueueNewPassword(c.password);
+        Press("cmdLock");
+        EXPECT_EQ(settings_.GetBoolean("PROFILES_UNLOCKED", true), !c.locks);
+        EXPECT_EQ(Control<QPushButton>("cmdLock")->text(), c.locks ? "Unlock" : "Lock");
+        EXPECT_EQ(ui::DecodePassword(settings_.GetString("PROFILE_PASSWORD", "")), c.locks ? c.password : "");
+        ASSERT_EQ(ui_->Messages().size(), c.locks ? 0u : 1u);
+        if (!c.locks) {
+            EXPECT_NE(LastMessage().find("windows-1252"), std::string::npos);
+        }
+    }
 }
 
 TEST_F(ProfileEditor, UnlockingNeedsTheRightPasswordAndForgetsIt) {
