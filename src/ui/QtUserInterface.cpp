@@ -115,18 +115,30 @@ std::string QtUserInterface::SetPassword() {
     }
 }
 
+std::unique_ptr<QMessageBox> QtUserInterface::ChooseBoxFor(const std::string& text,
+                                                            const std::vector<std::string>& choices, MessageIcon icon,
+                                                            const std::string& caption, int defaultChoice,
+                                                            QWidget* owner) {
+    auto box = std::make_unique<QMessageBox>(IconOf(icon), Caption(caption), Shown(text), QMessageBox::NoButton, owner);
+    box->setObjectName(QStringLiteral("MessageBox"));
+    QPushButton* chosenByEnter = nullptr;
+    for (std::size_t i = 0; i < choices.size(); ++i) {
+        QPushButton* button = box->addButton(FromUtf8(choices[i]), QMessageBox::ActionRole);
+        button->setProperty("choice", static_cast<int>(i));
+        if (static_cast<int>(i) == defaultChoice) chosenByEnter = button;
+    }
+    if (chosenByEnter) box->setDefaultButton(chosenByEnter);
+    return box;
+}
+
 std::optional<int> QtUserInterface::Choose(const std::string& text, const std::vector<std::string>& choices,
                                            MessageIcon icon, const std::string& caption, int defaultChoice) {
-    QMessageBox box(IconOf(icon), Caption(caption), Shown(text), QMessageBox::NoButton, Owner());
-    box.setObjectName(QStringLiteral("MessageBox"));
-    QList<QAbstractButton*> buttons;
-    for (const std::string& choice : choices) buttons << box.addButton(FromUtf8(choice), QMessageBox::ActionRole);
-    if (defaultChoice >= 0 && defaultChoice < buttons.size())
-        box.setDefaultButton(static_cast<QPushButton*>(buttons[defaultChoice]));
-    box.exec();
-    const auto chosen = buttons.indexOf(box.clickedButton());
-    if (chosen < 0) return std::nullopt;
-    return static_cast<int>(chosen);
+    const std::unique_ptr<QMessageBox> box = ChooseBoxFor(text, choices, icon, caption, defaultChoice, Owner());
+    box->exec();
+    const QAbstractButton* clicked = box->clickedButton();
+    const QVariant chosen = clicked ? clicked->property("choice") : QVariant();
+    if (!chosen.isValid()) return std::nullopt;
+    return chosen.toInt();
 }
 
 std::optional<std::string> QtUserInterface::SaveFileName(const std::string& title, const std::string& suggestedPath) {

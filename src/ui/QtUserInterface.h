@@ -30,6 +30,10 @@ public:
     static std::unique_ptr<QMessageBox> MessageBoxFor(const std::string& text, MessageButtons buttons, MessageIcon icon,
                                                       const std::string& caption, MessageDefaultButton defaultButton,
                                                       QWidget* owner = nullptr);
+    /// The box Choose shows, over owner, not yet shown: one button per choice, in order.
+    static std::unique_ptr<QMessageBox> ChooseBoxFor(const std::string& text, const std::vector<std::string>& choices,
+                                                     MessageIcon icon, const std::string& caption, int defaultChoice,
+                                                     QWidget* owner = nullptr);
     /// A QMessageBox with one button per choice, in order; closing it without a choice gives an
     /// empty optional.
     std::optional<int> Choose(const std::string& text, const std::vector<std::string>& choices, MessageIcon icon,

@@ -773,10 +773,10 @@ void frmCommsMap::reject() {
     bool discard = true;
     Guard("frmCommsMap:reject", [&] {
         if (Changed())
-            discard = ui()->MessageBox("You have changed the communications map. Discard your changes?\n\n"
-                                       "Yes discards them and closes the editor; No keeps editing.",
-                                       MessageButtons::YesNo, MessageIcon::Question, "Discard changes",
-                                       MessageDefaultButton::Second) == MessageResult::Yes;
+            // Keeping is the default, and closing the question without a choice keeps editing too.
+            discard = ui()->Choose("You have changed the communications map. Discard your changes?",
+                                   {"&Keep Editing", "&Discard Changes"}, MessageIcon::Question, "Discard changes",
+                                   0) == 1;
     });
     if (!discard) return;
     // Every change lives only in the map in memory; it goes unsaved.

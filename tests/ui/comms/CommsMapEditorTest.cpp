@@ -149,20 +149,24 @@ TEST_F(CommsMapEditor, CancelEscapeAndTheCloseBoxAskBeforeChangesAreDiscarded) {
         Show(editor);
         leave(editor);
         EXPECT_FALSE(editor.isVisible()) << "without changes it closes at once";
-        EXPECT_TRUE(prompts->Messages().empty());
+        EXPECT_TRUE(prompts->Choices().empty());
 
         Show(editor);
         auto* frame = qobject_cast<QGroupBox*>(Child<QStackedWidget>(&editor, "stkFrames")->currentWidget());
         Type(Child<QLineEdit>(frame, "txtName"), "y");
-        prompts->QueueMessageResult(MessageResult::No);
+        prompts->QueueChoice(0);
         leave(editor);
-        EXPECT_TRUE(editor.isVisible()) << "No keeps editing";
-        ASSERT_EQ(prompts->Messages().size(), 1U);
-        EXPECT_NE(prompts->Messages()[0].text.find("Discard your changes?"), std::string::npos);
-        EXPECT_EQ(prompts->Messages()[0].defaultButton, MessageDefaultButton::Second);
+        EXPECT_TRUE(editor.isVisible()) << "Keep Editing keeps editing";
+        prompts->QueueChoice(std::nullopt);
+        leave(editor);
+        EXPECT_TRUE(editor.isVisible()) << "closing the question without a choice keeps editing";
+        ASSERT_EQ(prompts->Choices().size(), 2U);
+        EXPECT_NE(prompts->Choices()[0].text.find("Discard your changes?"), std::string::npos);
+        EXPECT_EQ(prompts->Choices()[0].choices, (std::vector<std::string>{"&Keep Editing", "&Discard Changes"}));
+        EXPECT_EQ(prompts->Choices()[0].defaultChoice, 0);
         EXPECT_EQ(Field(editor.Map()->ApplicationProfile(Index(1)), "NAME"), "Direct to COM1y");
 
-        prompts->QueueMessageResult(MessageResult::Yes);
+        prompts->QueueChoice(1);
         leave(editor);
         EXPECT_FALSE(editor.isVisible());
         EXPECT_EQ(ReadAll(path), original);
@@ -171,10 +175,10 @@ TEST_F(CommsMapEditor, CancelEscapeAndTheCloseBoxAskBeforeChangesAreDiscarded) {
     // A field typed wrong is a change too, though nothing of it is in the map.
     Select(2);
     Enter(Control<QLineEdit>("txtPort"), "70000");
-    prompts->QueueMessageResult(MessageResult::No);
+    prompts->QueueChoice(0);
     QTest::keyClick(&form, Qt::Key_Escape);
     EXPECT_TRUE(form.isVisible());
-    EXPECT_EQ(prompts->Messages().size(), 1U);
+    EXPECT_EQ(prompts->Choices().size(), 1U);
 }
 
 TEST_F(CommsMapEditor, AFieldIsCheckedWholeWhenLeftAndAWrongOneIsNamedAndNeverStored) {

@@ -118,7 +118,10 @@ MERIDEX_SCENE("frmCommsMap-gprsproxy") { return std::make_unique<SceneEditor>(5)
 MERIDEX_SCENE("frmCommsMap-invalid") {
     auto editor = std::make_unique<SceneEditor>(3);
     auto* stack = editor->findChild<QStackedWidget*>(QStringLiteral("stkFrames"));
-    stack->currentWidget()->findChild<QLineEdit*>(QStringLiteral("txtAddress"))->setText(QStringLiteral("10.20.4.256"));
+    auto* address = stack->currentWidget()->findChild<QLineEdit*>(QStringLiteral("txtAddress"));
+    address->setText(QStringLiteral("10.20.4.256"));
+    // As if typed: the editor takes only the fields a person edited.
+    Q_EMIT address->textEdited(address->text());
     editor->cmdOK_Click();
     return editor;
 }
@@ -126,12 +129,12 @@ MERIDEX_SCENE("frmCommsMap-invalid") {
 // Cancel after a change: the question the editor asks, as the Qt dialogs show it.
 MERIDEX_SCENE("frmCommsMap-discard") {
     auto prompts = std::make_shared<RecordingUserInterface>();
-    prompts->QueueMessageResult(MessageResult::No);
+    prompts->QueueChoice(0);
     SceneEditor editor(0, prompts);
     QWidget* frame = editor.findChild<QStackedWidget*>(QStringLiteral("stkFrames"))->currentWidget();
     frame->findChild<QCheckBox*>(QStringLiteral("cbDefault"))->click();
     editor.cmdCancel_Click();
-    if (prompts->Messages().empty()) throw std::runtime_error("the editor closed without asking");
-    const RecordingUserInterface::Message& asked = prompts->Messages().back();
-    return QtUserInterface::MessageBoxFor(asked.text, asked.buttons, asked.icon, asked.caption, asked.defaultButton);
+    if (prompts->Choices().empty()) throw std::runtime_error("the editor closed without asking");
+    const RecordingUserInterface::Choice& asked = prompts->Choices().back();
+    return QtUserInterface::ChooseBoxFor(asked.text, asked.choices, asked.icon, asked.caption, asked.defaultChoice);
 }
