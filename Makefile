@@ -1,7 +1,7 @@
 # The two commands: `make demo` and `make test`. Both install what they need first.
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test screenshots windows test-windows bootstrap-windows bootstrap build-dev build-ci build-demo build-desk bench package docs fuzz clean
+.PHONY: soak-shared demo test screenshots windows test-windows bootstrap-windows bootstrap build-dev build-ci build-demo build-desk bench package docs fuzz clean
 
 # With a display: Meridex Desk on a copy of the demo workspace (the demo build leaves the dialogs
 # out, so the desk comes from the dev build). Without one (CI, a server): the command-line demo, then
@@ -17,6 +17,16 @@ demo: bootstrap
 
 test: bootstrap build-ci
 	ctest --preset ci -j $(JOBS)
+
+# SOAK_K processes (tool and library) each making SOAK_M changes to one shared book, map and
+# settings file, then the same with random kills: every saved change must be found.
+SOAK_K ?= 8
+SOAK_M ?= 500
+soak-shared: bootstrap
+	cmake --preset dev
+	cmake --build --preset dev -j $(JOBS) --target shared_soak meridex_cli
+	build/dev/tests/crash/shared_soak build/dev/apps/meridex/meridex $(SOAK_K) $(SOAK_M)
+	build/dev/tests/crash/shared_soak build/dev/apps/meridex/meridex $(SOAK_K) $(SOAK_M) --kill
 
 bench: bootstrap build-dev
 	scripts/bench build/dev

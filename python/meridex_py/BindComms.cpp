@@ -71,6 +71,7 @@ void BindComms(py::module_& m) {
              }),
              py::arg("ports"), py::keep_alive<1, 2>(), "With the ports of a SerialPortSource")
         .def_property("MapFile", &CommsProfileManager::MapFile, &CommsProfileManager::setMapFile)
+        .def_property_readonly("ConflictCopy", &CommsProfileManager::ConflictCopy)
         .def("LoadXMLMapFile", &CommsProfileManager::LoadXMLMapFile, py::arg("path"))
         .def(
             "SaveXMLMapFile",

@@ -50,6 +50,7 @@ void BindSettings(py::module_& m) {
              "True when the file was read; a missing or foreign file gives empty settings")
         .def("SaveSettings", &Settings::SaveSettings, py::arg("path") = std::string(), "True when written")
         .def_property_readonly("SettingsFile", &Settings::SettingsFile)
+        .def_property_readonly("ConflictCopy", &Settings::ConflictCopy)
         .def("GetString", [](const Settings& s, std::string_view key, std::string_view def) { return s.GetString(key, def); },
              py::arg("key"), py::arg("default") = "")
         .def("SetString",
