@@ -76,7 +76,9 @@ void AddressBook::SaveAddressBook(const std::string& path) {
     }
     std::string reason;
     const auto merge = [this](const std::string& base, const std::string& theirs) {
-        return ThreeWayMerge::MergeDocuments(root_, base, theirs, [](std::string_view name) { return name == "GROUP"; });
+        ThreeWayMerge::Rules rules;
+        rules.descend = [](std::string_view name) { return name == "GROUP"; };
+        return ThreeWayMerge::MergeDocuments(root_, base, theirs, rules);
     };
     if (!shared_.Save(target, [this] { return document_.Serialize(); }, merge, "AddressBook:SaveAddressBook", &reason)) {
         throw Error(ErrorNumber::PathFileAccess, "AddressBook:SaveAddressBook",

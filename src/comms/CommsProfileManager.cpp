@@ -163,13 +163,26 @@ bool CommsProfileManager::SaveXMLMapFile(const std::string& XMLFile, std::string
         return false;
     }
     const auto merge = [this](const std::string& base, const std::string& theirs) {
-        // Both sides' new profiles are kept: theirs takes the next free key.
-        const auto rekey = [](const XmlNode& addition, const XmlNode& list) {
-            if (addition.Name() != kProfile) return false;
-            SetChild(addition, "KEY", FreeKeys(list).Next());
-            return true;
+// Keys are numbered afresh at every load, so a profile is known across
+        // versions by the rest of its content; one of theirs whose key ours
+        // already uses takes the next free one.
+        ThreeWayMerge::Rules rules;
+        rules.identity = [](const XmlNode& profile) {
+            std::string content;
+            for (XmlNode child = profile.FirstChildElement(); child; child = child.NextSiblingElement())
+                if (child.Name() != "KEY") content += child.Xml();
+            return content;
         };
-        return ThreeWayMerge::MergeDocuments(root_, base, theirs, {}, rekey);
+        rules.inserted = [](const XmlNode& added, const XmlNode& list) {
+            if (added.Name() != kProfile) return;
+            const std::string key = ChildText(added, "KEY");
+            for (const XmlNode& profile : list.SelectAll(kProfile))
+                if (profile != added && Text::EqualsIgnoreCase(ChildText(profile, "KEY"), key)) {
+                    SetChild(added, "KEY", FreeKeys(list).Next(key));
+                    return;
+                }
+        };
+        return ThreeWayMerge::MergeDocuments(root_, base, theirs, rules);
     };
     return shared_.Save(mapFile_, [this] { return document_.Serialize(); }, merge, "CommsProfileManager:SaveXMLMapFile",
                         error);

@@ -78,14 +78,15 @@ struct Member {
 
 // The element children in order, each keyed by its name, the folded text of
 // its KEY child where it has one, and its place among children keyed alike.
-std::vector<Member> Members(const XmlNode& parent) {
+std::vector<Member> Members(const XmlNode& parent, const Rules& rules) {
     std::vector<Member> members;
     if (parent.IsNull()) return members;
     std::unordered_map<std::string, int> seen;
     std::string scratch;
     for (XmlNode child = parent.FirstChildElement(); child; child = child.NextSiblingElement()) {
         std::string key = child.Name();
-        if (child.FirstChildElement("KEY")) key += ":" + Text::FoldCase(child.ChildText("KEY", scratch));
+        if (rules.identity) key += ":" + rules.identity(child);
+        else if (child.FirstChildElement("KEY")) key += ":" + Text::FoldCase(child.ChildText("KEY", scratch));
         if (const int n = seen[key]++; n > 0) key += "#" + std::to_string(n);
         members.push_back({std::move(key), child});
     }
@@ -116,31 +117,28 @@ struct Triple {
 
 }  // namespace
 
-bool MergeElements(const XmlNode& ours, const XmlNode& base, const XmlNode& theirs, const Descend& descend,
-                   const Rekey& rekey) {
+bool MergeElements(const XmlNode& ours, const XmlNode& base, const XmlNode& theirs, const Rules& rules) {
     bool clean = true;
     std::vector<Triple> pending{{ours, base, theirs}};
     while (!pending.empty()) {
         const Triple level = std::move(pending.back());
         pending.pop_back();
-        const std::vector<Member> oursMembers = Members(level.ours);
-        const std::vector<Member> baseMembers = Members(level.base);
-        const std::vector<Member> theirMembers = Members(level.theirs);
+        const std::vector<Member> oursMembers = Members(level.ours, rules);
+        const std::vector<Member> baseMembers = Members(level.base, rules);
+        const std::vector<Member> theirMembers = Members(level.theirs, rules);
         const auto oursByKey = ByKey(oursMembers);
         const auto baseByKey = ByKey(baseMembers);
         const auto theirsByKey = ByKey(theirMembers);
         for (const Member& o : oursMembers) {
             const XmlNode b = Find(baseByKey, o.key);
             const XmlNode t = Find(theirsByKey, o.key);
-            const bool merged = descend && descend(o.node.Name());
+            const bool merged = rules.descend && rules.descend(o.node.Name());
             if (t) {
                 if (Same(o.node, t) || (b && Same(t, b))) continue;
                 if (merged) {
                     pending.push_back({o.node, b, t});
                 } else if (b && Same(o.node, b)) {
                     TakeContent(o.node, t);
-                } else if (!b && rekey) {
-                    // both added one: theirs gets a key of its own below
                 } else {
                     clean = false;  // both changed it: ours stays
                 }
@@ -154,15 +152,6 @@ bool MergeElements(const XmlNode& ours, const XmlNode& base, const XmlNode& thei
         XmlNode after;  // the child of ours their next addition follows
         for (const Member& t : theirMembers) {
             if (const XmlNode o = Find(oursByKey, t.key)) {
-                const bool bothAdded = rekey && !Find(baseByKey, t.key) && !Same(o, t.node) &&
-                                       !(descend && descend(o.Name()));
-                if (bothAdded) {
-                    const XmlNode added = level.ours.InsertBefore(t.node.CloneNode(true), o.NextSibling());
-                    if (!rekey(added, level.ours)) {
-                        level.ours.RemoveChild(added);
-                        clean = false;
-                    }
-                }
                 if (o.Parent() == level.ours) after = o;
                 continue;
             }
@@ -172,20 +161,20 @@ bool MergeElements(const XmlNode& ours, const XmlNode& base, const XmlNode& thei
             }
             const XmlNode next = after ? after.NextSibling() : level.ours.FirstChild();
             after = level.ours.InsertBefore(t.node.CloneNode(true), next);
+            if (rules.inserted) rules.inserted(after, level.ours);
         }
     }
     return clean;
 }
 
-bool MergeDocuments(const XmlNode& ours, const std::string& base, const std::string& theirs, const Descend& descend,
-                    const Rekey& rekey) {
+bool MergeDocuments(const XmlNode& ours, const std::string& base, const std::string& theirs, const Rules& rules) {
     const XmlDocument theirDocument = XmlDocument::Parse(theirs);
     const XmlNode theirRoot = theirDocument ? theirDocument.DocumentElement() : XmlNode();
     if (ours.IsNull() || theirRoot.IsNull() || theirRoot.Name() != ours.Name()) return false;
     const XmlDocument baseDocument = base.empty() ? XmlDocument() : XmlDocument::Parse(base);
     XmlNode baseRoot = baseDocument ? baseDocument.DocumentElement() : XmlNode();
     if (baseRoot && baseRoot.Name() != ours.Name()) baseRoot = XmlNode();
-    return MergeElements(ours, baseRoot, theirRoot, descend, rekey);
+    return MergeElements(ours, baseRoot, theirRoot, rules);
 }
 
 }  // namespace meridex::ThreeWayMerge

@@ -9,13 +9,18 @@
 // every document over element views. Not installed.
 namespace meridex::ThreeWayMerge {
 
-/// Whether an element is merged child by child (a group of the address book,
-/// a settings profile) rather than compared as a whole.
-using Descend = std::function<bool(std::string_view elementName)>;
-/// Gives an element both sides added under one key (with different content) a
-/// key of its own among parent's children, so both are kept (the map's new
-/// profiles); false when it cannot.
-using Rekey = std::function<bool(const XmlNode& addition, const XmlNode& parent)>;
+/// How the children of a merged element are told apart and fixed up.
+struct Rules {
+    /// Merged child by child rather than compared as a whole (none when empty).
+    std::function<bool(std::string_view elementName)> descend;
+    /// What names a child across the versions, in place of its KEY text (the
+    /// map renumbers its keys at every load, so its profiles are known by their
+    /// other content); empty: the KEY text.
+    std::function<std::string(const XmlNode& child)> identity;
+    /// Called for each child of theirs put into ours (the map gives a new
+    /// profile a free key when ours already uses its key).
+    std::function<void(const XmlNode& added, const XmlNode& parent)> inserted;
+};
 
 /// Merges into ours what theirs changed since base (each an element of its own
 /// document; base may be null for "nothing in common"). The element children
@@ -25,13 +30,11 @@ using Rekey = std::function<bool(const XmlNode& addition, const XmlNode& parent)
 /// precedes them in their version. Where both sides changed the same child
 /// (or one changed what the other deleted) ours is kept. Answers false when
 /// that happened, true when nothing of theirs was left out.
-bool MergeElements(const XmlNode& ours, const XmlNode& base, const XmlNode& theirs, const Descend& descend,
-                   const Rekey& rekey = {});
+bool MergeElements(const XmlNode& ours, const XmlNode& base, const XmlNode& theirs, const Rules& rules);
 
 /// Parses base and theirs (the bytes of two versions of ours' document) and
 /// merges their roots into ours. False, with ours unchanged, when theirs is not
 /// a document with ours' root; a base that does not parse counts as empty.
-bool MergeDocuments(const XmlNode& ours, const std::string& base, const std::string& theirs, const Descend& descend,
-                    const Rekey& rekey = {});
+bool MergeDocuments(const XmlNode& ours, const std::string& base, const std::string& theirs, const Rules& rules);
 
 }  // namespace meridex::ThreeWayMerge

@@ -226,9 +226,9 @@ bool Settings::SaveSettings(const std::string& newSettingsFile) {
         // References for everything above 127: read alike as UTF-8 and as windows-1252.
         const auto serialize = [this] { return Text::XmlWithCharacterReferences(root_.Xml()) + "\r\n"; };
         const auto merge = [this](const std::string& base, const std::string& theirs) {
-            return ThreeWayMerge::MergeDocuments(root_, base, theirs, [](std::string_view name) {
-                return name == kProfiles || name == "PROFILE";
-            });
+            ThreeWayMerge::Rules rules;
+            rules.descend = [](std::string_view name) { return name == kProfiles || name == "PROFILE"; };
+            return ThreeWayMerge::MergeDocuments(root_, base, theirs, rules);
         };
         return shared_.Save(path_, serialize, merge, "Settings:SaveSettings");
     } catch (...) {

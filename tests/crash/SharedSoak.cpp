@@ -213,6 +213,7 @@ int main(int argc, char** argv) {
     // Every file each change could be in: the final one and its conflict copies.
     std::string texts[3];
     int copies = 0;
+    int copiesOf[3] = {};
     const std::string names[3] = {"AddressBook.xml", "CommsProfiles.xml", "Settings.xml"};
     for (const auto& entry : std::filesystem::directory_iterator(dir.Path())) {
         const std::string name = entry.path().filename().string();
@@ -220,6 +221,8 @@ int main(int argc, char** argv) {
             if (name != names[d] && name.rfind(names[d] + ".conflict-", 0) != 0) continue;
             texts[d] += test::TempDir::Read(entry.path().string());
             copies += name != names[d];
+            copiesOf[d] += name != names[d];
+            if (std::getenv("SOAK_SHOW") && name != names[d]) std::printf("%s\n", test::TempDir::Read(entry.path().string()).c_str());
         }
     }
     long made = 0, found = 0;
@@ -236,7 +239,8 @@ int main(int argc, char** argv) {
         }
     }
     std::printf("processes %d (%d tool, %d library), cycles %d, kills %d: changes made %ld, found %ld, "
-                "conflict copies %d, lost %ld\n",
-                workers, (workers + 1) / 2, workers / 2, cycles, kills, made, found, copies, made - found);
+                "conflict copies %d (book %d, map %d, settings %d), lost %ld\n",
+                workers, (workers + 1) / 2, workers / 2, cycles, kills, made, found, copies, copiesOf[0], copiesOf[1], copiesOf[2],
+                made - found);
     return made == found && made > 0 ? 0 : 1;
 }

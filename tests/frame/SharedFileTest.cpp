@@ -99,6 +99,9 @@ struct MapDoc : Doc {
 struct Kind {
     const char* name;
     std::function<std::unique_ptr<Doc>()> make;
+    // The map renumbers its keys at every load, so a profile is known by its
+    // content: one both sides changed is kept in both versions.
+    bool changesBothKept = false;
 };
 
 class SharedDocuments : public ::testing::TestWithParam<Kind> {
@@ -169,6 +172,12 @@ TEST_P(SharedDocuments, BothChangingOneElementKeepOursAndTheirsInACopy) {
     b->Save();
     const std::string file = File();
     EXPECT_NE(file.find("Ours"), std::string::npos);
+    if (GetParam().changesBothKept) {
+        EXPECT_NE(file.find("Theirs"), std::string::npos);
+        EXPECT_EQ(b->ConflictCopy(), "");
+        EXPECT_TRUE(Copies().empty());
+        return;
+    }
     EXPECT_EQ(file.find("Theirs"), std::string::npos);
     ASSERT_EQ(Copies().size(), 1u);
     EXPECT_EQ(b->ConflictCopy(), Copies()[0]);
@@ -207,7 +216,7 @@ TEST_P(SharedDocuments, AFileMadeSinceTheLoadAndAForeignOneCountAsChanged) {
 INSTANTIATE_TEST_SUITE_P(Kinds, SharedDocuments,
                          ::testing::Values(Kind{"AddressBook", [] { return std::unique_ptr<Doc>(new BookDoc); }},
                                            Kind{"Settings", [] { return std::unique_ptr<Doc>(new SettingsDoc); }},
-                                           Kind{"Map", [] { return std::unique_ptr<Doc>(new MapDoc); }}),
+                                           Kind{"Map", [] { return std::unique_ptr<Doc>(new MapDoc); }, true}),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST(SharedAddressBook, ViewsOnElementsTheOtherSideDeletedStayValid) {
