@@ -65,14 +65,14 @@ Change ChangeOf(int worker, int n) {
     return {document, (document == 0 ? "G" : "K") + std::to_string(worker) + "_" + std::to_string(n)};
 }
 
-bool Run(const std::vector<std::string>& args) {
+bool Run(const std::vector<std::string>& args, const std::string& errors) {
     std::vector<char*> argv;
     for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
     argv.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, errors.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
     pid_t pid = 0;
     const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
@@ -83,14 +83,15 @@ bool Run(const std::vector<std::string>& args) {
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-bool MakeChange(const Files& files, const std::string& tool, bool useTool, const Change& change, std::mt19937& random) {
+bool MakeChange(const Files& files, const std::string& tool, bool useTool, const Change& change, std::mt19937& random,
+                const std::string& errors) {
     const auto pause = [&] { std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000)); };
     pause();
     if (useTool) {
-        if (change.document == 0) return Run({tool, "book", "add-group", files.book, "\\", change.tag});
-        if (change.document == 2) return Run({tool, "settings", "set", files.settings, change.tag, "1"});
+        if (change.document == 0) return Run({tool, "book", "add-group", files.book, "\\", change.tag}, errors);
+        if (change.document == 2) return Run({tool, "settings", "set", files.settings, change.tag, "1"}, errors);
         const std::string port = change.tag.substr(10, change.tag.size() - 21);
-        return Run({tool, "comms", "add", files.map, "direct", "--port", port});
+        return Run({tool, "comms", "add", files.map, "direct", "--port", port}, errors);
     }
     if (change.document == 0) {
         AddressBook book;
@@ -126,15 +127,19 @@ bool MakeChange(const Files& files, const std::string& tool, bool useTool, const
     FILE* made = std::fopen((files.folder + "/made-" + std::to_string(worker)).c_str(), "a");
     for (int n = first; n < cycles; ++n) {
         const Change change = ChangeOf(worker, n);
+        const std::string errors = files.folder + "/errors-" + std::to_string(worker);
         bool ok = false;
         try {
-            ok = MakeChange(files, tool, worker % 2 == 0, change, random);
-        } catch (...) {
+            ok = MakeChange(files, tool, worker % 2 == 0, change, random, errors);
+        } catch (const std::exception& e) {
+            if (FILE* log = std::fopen(errors.c_str(), "a")) {
+                std::fprintf(log, "%s\n", e.what());
+                std::fclose(log);
+            }
         }
-        if (ok) {
-            std::fprintf(made, "%d\n", n);
-            std::fflush(made);
-        }
+        // A save that said it failed changed nothing: not counted as made.
+        std::fprintf(made, "%d\n", ok ? n : -n - 1);
+        std::fflush(made);
     }
     std::fclose(made);
     std::_Exit(0);
@@ -143,7 +148,7 @@ bool MakeChange(const Files& files, const std::string& tool, bool useTool, const
 std::vector<int> Made(const Files& files, int worker) {
     std::vector<int> made;
     std::ifstream in(files.folder + "/made-" + std::to_string(worker));
-    for (int n; in >> n;) made.push_back(n);
+    for (int n; in >> n;) made.push_back(n);  // -n-1: change n was not saved
     return made;
 }
 
@@ -177,7 +182,7 @@ int main(int argc, char** argv) {
     std::vector<pid_t> pids(workers);
     const auto start = [&](int worker) {
         const std::vector<int> made = Made(files, worker);
-        const int first = made.empty() ? 0 : made.back() + 1;
+        const int first = made.empty() ? 0 : (made.back() < 0 ? -made.back() - 1 : made.back()) + 1;
         const pid_t pid = fork();
         if (pid == 0) {
             setpgid(0, 0);  // a kill takes the worker's tool with it
@@ -225,9 +230,13 @@ int main(int argc, char** argv) {
             if (std::getenv("SOAK_SHOW") && name != names[d]) std::printf("%s\n", test::TempDir::Read(entry.path().string()).c_str());
         }
     }
-    long made = 0, found = 0;
+    long made = 0, found = 0, failed = 0;
     for (int w = 0; w < workers; ++w) {
         for (int n : Made(files, w)) {
+            if (n < 0) {
+                ++failed;
+                continue;
+            }
             const Change change = ChangeOf(w, n);
             ++made;
             const std::string& text = texts[change.document];
@@ -238,9 +247,13 @@ int main(int argc, char** argv) {
             else std::fprintf(stderr, "lost: worker %d change %d (%s)\n", w, n, change.tag.c_str());
         }
     }
-    std::printf("processes %d (%d tool, %d library), cycles %d, kills %d: changes made %ld, found %ld, "
+    for (int w = 0; w < workers; ++w) {
+        std::ifstream errors(files.folder + "/errors-" + std::to_string(w));
+        for (std::string line; std::getline(errors, line);) std::fprintf(stderr, "worker %d: %s\n", w, line.c_str());
+    }
+    std::printf("processes %d (%d tool, %d library), cycles %d, kills %d: saves that failed %ld; changes made %ld, found %ld, "
                 "conflict copies %d (book %d, map %d, settings %d), lost %ld\n",
-                workers, (workers + 1) / 2, workers / 2, cycles, kills, made, found, copies, copiesOf[0], copiesOf[1], copiesOf[2],
+                workers, (workers + 1) / 2, workers / 2, cycles, kills, failed, made, found, copies, copiesOf[0], copiesOf[1], copiesOf[2],
                 made - found);
     return made == found && made > 0 ? 0 : 1;
 }
