@@ -2,7 +2,8 @@
 // bare-libxml2 baseline doing the same file or tree work:
 //   load / save of a 20,000-site book        vs  xmlReadFile / xmlSaveFile
 //   that save (checked: did someone else save?) vs  the same bytes written unchecked
-//   a save merging another's 100 changes       vs  one load of the book
+//   a save merging another's 100 changes, and
+//   that merge alone                           vs  one load of the book
 //   FindSite of every site's path             vs  a plain scan of the tree per path
 //   import of 1,000 and 4,000 schemes          vs  parsing the same scheme files
 //   4,000 sites added to one group             vs  building the same elements raw
@@ -18,6 +19,8 @@
 #include "BenchFolder.h"
 #include <meridex/addressbook/AddressBook.h>
 #include <meridex/comms/ImportCommsProfiles.h>
+#include <meridex/frame/FileOps.h>
+#include <meridex/frame/ThreeWayMerge.h>
 #include <meridex/frame/XmlDocument.h>
 
 namespace fs = std::filesystem;
@@ -137,6 +140,33 @@ void BM_BookSaveMergingAnothers(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_BookSaveMergingAnothers)->Unit(benchmark::kMillisecond);
+
+// The merge alone in that save: both versions parsed, their changes put into ours.
+void BM_BookMergeOnly(benchmark::State& state) {
+    std::vector<std::string> paths;
+    const std::string source = BigBook(&paths);
+    const std::string file = BenchFolder() + "/merge-theirs.xml";
+    fs::copy_file(source, file, fs::copy_options::overwrite_existing);
+    AddressBook theirs;
+    theirs.LoadAddressBook(file);
+    RenameSites(theirs, paths, 0, "Theirs");
+    theirs.SaveAddressBook();
+    std::string base, theirBytes;
+    FileOps::ReadWholeFile(source, base);
+    FileOps::ReadWholeFile(file, theirBytes);
+    ThreeWayMerge::Rules rules;
+    rules.descend = [](std::string_view name) { return name == "GROUP"; };
+    for (auto _ : state) {
+        state.PauseTiming();
+        AddressBook ours;
+        ours.LoadAddressBook(source);
+        RenameSites(ours, paths, 100, "Ours");
+        state.ResumeTiming();
+        if (!ThreeWayMerge::MergeDocuments(ours.Sites().XMLNode(), base, theirBytes, rules))
+            state.SkipWithError("the changes should have merged");
+    }
+}
+BENCHMARK(BM_BookMergeOnly)->Unit(benchmark::kMillisecond);
 
 void BM_FindEverySite(benchmark::State& state) {
     std::vector<std::string> paths;

@@ -1,8 +1,12 @@
 #include <meridex/frame/SharedFile.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <mutex>
+#include <random>
+#include <thread>
 
 #include <meridex/frame/DateTime.h>
 #include <meridex/frame/DiskSteps.h>
@@ -18,8 +22,18 @@ namespace meridex {
 namespace {
 
 // Someone saving again and again may make a save merge more than once; a
-// save gives up only when the file changes under it this many times.
-constexpr int kMaxRounds = 100;
+// save gives up only when the file changes under it this many times. After
+// the first few rounds it waits a random while before the next, so many
+// writers at once do not keep beating one another to the rename.
+constexpr int kMaxRounds = 1000;
+constexpr int kRoundsWithoutPause = 3;
+
+void PauseBeforeRound(int round) {
+    if (round < kRoundsWithoutPause) return;
+    static std::minstd_rand random(static_cast<unsigned>(std::random_device{}()));
+    const int most = std::min(round, 50);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1 + random() % most));
+}
 
 std::mutex gLogMutex;
 bool gLogSet = false;
@@ -112,6 +126,7 @@ bool SharedFile::Save(const std::string& target, const std::function<std::string
         checked = there.exists && there.volume == identity_.volume && there.fileId == identity_.fileId;
     }
     for (int round = 0; round < kMaxRounds; ++round) {
+        PauseBeforeRound(round);
         std::string bytes = serialize();
         bool changed = false;
         std::string theirs;
