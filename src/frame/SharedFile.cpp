@@ -70,10 +70,12 @@ void Report(const std::string& target, const std::string& copy, const std::strin
                              FileName(copy);
     const std::string log = SharedFile::ErrorLogFile();
     if (!log.empty()) {
-        ErrorHandler handler;
-        handler.setErrorLogFile(log);
-        handler.setLogErrors(true);
-        handler.LogError(ErrorNumber::PathFileAccess, text, context);
+        // A log that cannot be written (a program folder the user may not
+        // write) is no reason to stop the save or to ask about it.
+        std::string reason;
+        FileSystem::AppendToFile(
+            log, ErrorHandler::FormatLogLine(DateTime::Now(), ErrorNumber::PathFileAccess, text, context) + "\r\n",
+            reason);
     }
     try {
         UserInterface::Current()->MessageBox(text, MessageButtons::OK, MessageIcon::Exclamation, "");
