@@ -1,7 +1,7 @@
 # The two commands: `make demo` and `make test`. Both install what they need first.
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test soak screenshots windows test-windows bootstrap-windows bootstrap build-dev build-ci build-demo build-desk bench package docs fuzz clean
+.PHONY: demo test soak soak-shared screenshots windows test-windows bootstrap-windows bootstrap build-dev build-ci build-demo build-desk bench package docs fuzz clean
 
 # With a display: Meridex Desk on a copy of the demo workspace (the demo build leaves the dialogs
 # out, so the desk comes from the dev build). Without one (CI, a server): the command-line demo, then
@@ -18,12 +18,23 @@ demo: bootstrap
 test: bootstrap build-ci
 	ctest --preset ci -j $(JOBS)
 
-# The monkey on every dialog, long: SOAK_ACTIONS random actions (MERIDEX_MONKEY_SEED replays a run).
+# The long runs: the shared-file soak below, then the monkey on every dialog for SOAK_ACTIONS random
+# actions (MERIDEX_MONKEY_SEED replays a run).
 SOAK_ACTIONS ?= 100000
-soak: bootstrap
+soak: soak-shared
 	cmake --preset dev
 	cmake --build --preset dev -j $(JOBS) --target test_ui_monkey
 	MERIDEX_MONKEY_ACTIONS=$(SOAK_ACTIONS) build/dev/tests/ui/test_ui_monkey
+
+# SOAK_K processes (tool and library) each making SOAK_M changes to one shared book, map and
+# settings file, then the same with random kills: every saved change must be found.
+SOAK_K ?= 8
+SOAK_M ?= 500
+soak-shared: bootstrap
+	cmake --preset dev
+	cmake --build --preset dev -j $(JOBS) --target shared_soak meridex_cli
+	build/dev/tests/crash/shared_soak build/dev/apps/meridex/meridex $(SOAK_K) $(SOAK_M)
+	build/dev/tests/crash/shared_soak build/dev/apps/meridex/meridex $(SOAK_K) $(SOAK_M) --kill
 
 bench: bootstrap build-dev
 	scripts/bench build/dev

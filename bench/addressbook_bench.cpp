@@ -1,6 +1,9 @@
 // The address book at a water authority's size, each measurement beside a
 // bare-libxml2 baseline doing the same file or tree work:
 //   load / save of a 20,000-site book        vs  xmlReadFile / xmlSaveFile
+//   that save (checked: did someone else save?) vs  the same bytes written unchecked
+//   a save merging another's 100 changes, and
+//   that merge alone                           vs  one load of the book
 //   FindSite of every site's path             vs  a plain scan of the tree per path
 //   import of 1,000 and 4,000 schemes          vs  parsing the same scheme files
 //   4,000 sites added to one group             vs  building the same elements raw
@@ -16,6 +19,9 @@
 #include "BenchFolder.h"
 #include <meridex/addressbook/AddressBook.h>
 #include <meridex/comms/ImportCommsProfiles.h>
+#include <meridex/frame/FileOps.h>
+#include <meridex/frame/ThreeWayMerge.h>
+#include <meridex/frame/XmlDocument.h>
 
 namespace fs = std::filesystem;
 using namespace meridex;
@@ -96,6 +102,71 @@ void BM_BaselineSave(benchmark::State& state) {
     xmlFreeDoc(doc);
 }
 BENCHMARK(BM_BaselineSave)->Unit(benchmark::kMillisecond);
+
+// BM_BookSave's saves after the first are checked against the version the
+// book last saved; this writes the same bytes the same way without the check.
+void BM_BookSaveUnchecked(benchmark::State& state) {
+    AddressBook book;
+    book.LoadAddressBook(BigBook());
+    const XmlDocument document = book.Sites().XMLNode().OwnerDocument();
+    const std::string out = BenchFolder() + "/saved-unchecked.xml";
+    for (auto _ : state) benchmark::DoNotOptimize(document.Save(out));
+}
+BENCHMARK(BM_BookSaveUnchecked)->Unit(benchmark::kMillisecond);
+
+// 100 site names changed in one of two books loaded from one file.
+void RenameSites(AddressBook& book, const std::vector<std::string>& paths, std::size_t first, const char* name) {
+    for (std::size_t i = first; i < first + 100; ++i) book.FindSite(paths[i * 97 % paths.size()]).setName(name);
+}
+
+// Two people each change 100 sites of the 20,000-site book; the second save
+// finds the first one's and merges (timed: that save, all of it).
+void BM_BookSaveMergingAnothers(benchmark::State& state) {
+    std::vector<std::string> paths;
+    const std::string source = BigBook(&paths);
+    const std::string file = BenchFolder() + "/shared.xml";
+    for (auto _ : state) {
+        state.PauseTiming();
+        fs::copy_file(source, file, fs::copy_options::overwrite_existing);
+        AddressBook theirs, ours;
+        theirs.LoadAddressBook(file);
+        ours.LoadAddressBook(file);
+        RenameSites(theirs, paths, 0, "Theirs");
+        theirs.SaveAddressBook();
+        RenameSites(ours, paths, 100, "Ours");
+        state.ResumeTiming();
+        ours.SaveAddressBook();
+        if (!ours.ConflictCopy().empty()) state.SkipWithError("the changes should have merged");
+    }
+}
+BENCHMARK(BM_BookSaveMergingAnothers)->Unit(benchmark::kMillisecond);
+
+// The merge alone in that save: both versions parsed, their changes put into ours.
+void BM_BookMergeOnly(benchmark::State& state) {
+    std::vector<std::string> paths;
+    const std::string source = BigBook(&paths);
+    const std::string file = BenchFolder() + "/merge-theirs.xml";
+    fs::copy_file(source, file, fs::copy_options::overwrite_existing);
+    AddressBook theirs;
+    theirs.LoadAddressBook(file);
+    RenameSites(theirs, paths, 0, "Theirs");
+    theirs.SaveAddressBook();
+    std::string base, theirBytes;
+    FileOps::ReadWholeFile(source, base);
+    FileOps::ReadWholeFile(file, theirBytes);
+    ThreeWayMerge::Rules rules;
+    rules.descend = [](std::string_view name) { return name == "GROUP"; };
+    for (auto _ : state) {
+        state.PauseTiming();
+        AddressBook ours;
+        ours.LoadAddressBook(source);
+        RenameSites(ours, paths, 100, "Ours");
+        state.ResumeTiming();
+        if (!ThreeWayMerge::MergeDocuments(ours.Sites().XMLNode(), base, theirBytes, rules))
+            state.SkipWithError("the changes should have merged");
+    }
+}
+BENCHMARK(BM_BookMergeOnly)->Unit(benchmark::kMillisecond);
 
 void BM_FindEverySite(benchmark::State& state) {
     std::vector<std::string> paths;

@@ -7,11 +7,14 @@
 #include <meridex/frame/DateTime.h>
 #include <meridex/frame/Error.h>
 #include <meridex/frame/ErrorHandler.h>
+#include <meridex/frame/FileIdentity.h>
 #include <meridex/frame/FileOps.h>
 #include <meridex/frame/Index.h>
+#include <meridex/frame/LockNote.h>
 #include <meridex/frame/Numeric.h>
 #include <meridex/frame/RecordingUserInterface.h>
 #include <meridex/frame/StderrUserInterface.h>
+#include <meridex/frame/SharedFile.h>
 #include <meridex/frame/Text.h>
 #include <meridex/frame/UnreadableFiles.h>
 #include <meridex/frame/UserInterface.h>

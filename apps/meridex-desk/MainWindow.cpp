@@ -21,6 +21,7 @@
 #include <meridex/addressbook/AddressBook.h>
 #include <meridex/firmware/LoggerLinks.h>
 #include <meridex/frame/Error.h>
+#include <meridex/frame/SharedFile.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/platform/SerialPortSource.h>
 #include <meridex/settings/V4StandardProfiles.h>
@@ -92,6 +93,7 @@ MainWindow::MainWindow(Workspace workspace, DeskOptions options, QWidget* parent
     if (!options_.dialogs) options_.dialogs = std::make_shared<LibraryDialogs>(options_.ui, options_.ports, options_.store, &errors_);
     errors_.setErrorLogFile(workspace_.ErrorLogFile().string());
     errors_.setLogErrors(true);
+    SharedFile::setErrorLogFile(workspace_.ErrorLogFile().string());  // someone else's saves merged or kept aside
     StartUp();
     BuildCommands();
     FillProfiles();

@@ -49,6 +49,7 @@ void LoadToChange(AddressBook& book, const std::string& path) {
 void Save(AddressBook& book) {
     try {
         book.SaveAddressBook();
+        NoteSaved(book.ConflictCopy());
     } catch (const Error& e) {
         throw Failure(kWriteFailed, "could not save " + book.FilePath() + ": " + e.Description());
     }

@@ -79,8 +79,19 @@ void AddForceFlag(CLI::App* command) {
 }
 bool Forced() { return force; }
 
+namespace {
+std::optional<std::string> savedConflictCopy;  // set once a command saved
+}  // namespace
+
+void NoteSaved(const std::string& conflictCopy) {
+    if (!savedConflictCopy || savedConflictCopy->empty()) savedConflictCopy = conflictCopy;
+}
+
 void PrintJson(const Json& value) {
-    std::cout << value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << "\n";
+    Json out = value;
+    if (savedConflictCopy && out.is_object() && !out.contains("error"))
+        out["conflictCopy"] = savedConflictCopy->empty() ? Json(nullptr) : Json(*savedConflictCopy);
+    std::cout << out.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << "\n";
 }
 
 std::string IsoTime(std::time_t time) {

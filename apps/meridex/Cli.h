@@ -57,7 +57,11 @@ bool Forced();
 
 // Prints a JSON object on one line; invalid UTF-8 becomes U+FFFD, so the
 // output always parses.
+// With a save noted, the object gains "conflictCopy" (the copy of someone else's
+// version the save kept, null for none).
 void PrintJson(const Json& value);
+// A save was made; conflictCopy is the copy of someone else's version it kept ("" for none).
+void NoteSaved(const std::string& conflictCopy);
 // ISO 8601 local time with its offset, e.g. 2024-03-01T09:30:00+10:00.
 std::string IsoTime(std::time_t time);
 // Writes a notice on stderr ("meridex: ...").

@@ -56,6 +56,7 @@ bool LoadToChange(CommsProfileManager& manager, const std::string& file) {
 void Save(CommsProfileManager& manager) {
     std::string error;
     if (!manager.SaveXMLMapFile({}, &error)) throw Failure(kWriteFailed, "could not save " + manager.MapFile() + ": " + error);
+    NoteSaved(manager.ConflictCopy());
 }
 
 std::string Where(const XmlNode& profile) {

@@ -59,6 +59,7 @@ void LoadToChange(Settings& settings, const std::string& file) {
 void Save(Settings& settings) {
     if (!settings.SaveSettings(""))
         throw Failure(kWriteFailed, "could not write " + settings.SettingsFile() + "; the file is unchanged");
+    NoteSaved(settings.ConflictCopy());
 }
 
 Json CurrentJson(const Settings& settings) {

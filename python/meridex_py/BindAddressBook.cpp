@@ -82,6 +82,8 @@ void BindAddressBook(py::module_& m) {
              "Raises meridex.Error when the book cannot be written")
         .def("NewAddressBook", &AddressBook::NewAddressBook, "Empties the book")
         .def_property_readonly("FilePath", &AddressBook::FilePath, "The file loaded or last saved")
+        .def_property_readonly("ConflictCopy", &AddressBook::ConflictCopy,
+                               "The conflict copy the last save made of another person's version (\"\" when it made none)")
         .def_property_readonly("Sites", &AddressBook::Sites, "The top group")
         .def("FindSite", [](const AddressBook& b, std::string_view path) { return OrNone(b.FindSite(path)); },
              py::arg("path"), "The site at a path such as \\North\\HILL; None when the group has no such site")

@@ -169,6 +169,8 @@ void BindComms(py::module_& m) {
              py::arg("ports"), py::keep_alive<1, 2>(), "With the ports of a SerialPortSource")
         .def_property("MapFile", &CommsProfileManager::MapFile, &CommsProfileManager::setMapFile,
                       "The file the map was loaded from and is saved to when the object ends (\"\": not saved)")
+        .def_property_readonly("ConflictCopy", &CommsProfileManager::ConflictCopy,
+                               "The conflict copy the last save made of another person's version (\"\" when it made none)")
         .def("LoadXMLMapFile", &CommsProfileManager::LoadXMLMapFile, py::arg("path"),
              "Loads the map; a missing or unreadable file gives the default map. True when the file was read")
         .def(

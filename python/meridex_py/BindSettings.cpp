@@ -62,6 +62,8 @@ void BindSettings(py::module_& m) {
         .def("SaveSettings", &Settings::SaveSettings, py::arg("path") = std::string(),
              "Writes the settings atomically (to the loaded file when path is empty); True when written")
         .def_property_readonly("SettingsFile", &Settings::SettingsFile, "The file loaded or last saved")
+        .def_property_readonly("ConflictCopy", &Settings::ConflictCopy,
+                               "The conflict copy the last save made of another person's version (\"\" when it made none)")
         .def("GetString", [](const Settings& s, std::string_view key, std::string_view def) { return s.GetString(key, def); },
              py::arg("key"), py::arg("default") = "", "The text stored under key, or default when there is none")
         .def("SetString",

@@ -5,6 +5,7 @@
 #include <meridex/addressbook/SiteKeyIndex.h>
 #include <meridex/frame/Error.h>
 #include <meridex/frame/FileOps.h>
+#include <meridex/frame/ThreeWayMerge.h>
 #include <meridex/frame/XMLOps.h>
 
 namespace meridex {
@@ -35,10 +36,12 @@ void AddressBook::NewAddressBook() {
 bool AddressBook::LoadAddressBook(const std::string& path) {
     path_ = path;
     if (!FileOps::FileExists(path)) {
+        shared_.NotRead(path);
         NewAddressBook();
         return false;
     }
-    XmlDocument loaded = XmlDocument::Load(path);
+    std::string bytes;
+    XmlDocument loaded = shared_.Read(path, bytes) ? XmlDocument::Parse(bytes) : XmlDocument();
     if (loaded.IsNull()) {
         unreadable_.Remember(path);
         NewAddressBook();
@@ -72,7 +75,12 @@ void AddressBook::SaveAddressBook(const std::string& path) {
                     "Could not keep a copy of the unreadable file '" + target + "', so it was not replaced");
     }
     std::string reason;
-    if (!document_.Save(target, &reason)) {
+    const auto merge = [this](const std::string& base, const std::string& theirs) {
+        ThreeWayMerge::Rules rules;
+        rules.descend = [](std::string_view name) { return name == "GROUP"; };
+        return ThreeWayMerge::MergeDocuments(root_, base, theirs, rules);
+    };
+    if (!shared_.Save(target, [this] { return document_.Serialize(); }, merge, "AddressBook:SaveAddressBook", &reason)) {
         throw Error(ErrorNumber::PathFileAccess, "AddressBook:SaveAddressBook",
                     "Could not save the address book to '" + target + "': " + reason);
     }

@@ -6,6 +6,7 @@
 
 #include <meridex/addressbook/Site.h>
 #include <meridex/addressbook/SiteGroup.h>
+#include <meridex/frame/SharedFile.h>
 #include <meridex/frame/UnreadableFiles.h>
 #include <meridex/frame/XMLFactoryLease.h>
 #include <meridex/frame/XmlDocument.h>
@@ -41,6 +42,10 @@ public:
     /// The book's file: the path last given to a load (even one that found no
     /// file) or to a successful save.
     const std::string& FilePath() const noexcept { return path_; }
+    /// The copy of someone else's version the last save kept beside the file
+    /// ("NAME.conflict-..."), or "" when it kept none: someone else had saved
+    /// the book since it was loaded, and the merge could not keep all of theirs.
+    const std::string& ConflictCopy() const noexcept { return shared_.ConflictCopy(); }
 
     /// A new view on the root (none before the first load).
     SiteGroup Sites() const;
@@ -64,6 +69,8 @@ private:
     /// The file that was there but could not be used, kept before a save
     /// replaces it.
     UnreadableFiles unreadable_;
+    /// The version loaded, so a save merges what others saved since.
+    SharedFile shared_;
 };
 
 }  // namespace meridex

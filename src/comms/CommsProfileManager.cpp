@@ -16,6 +16,7 @@
 #include <meridex/frame/FileOps.h>
 #include <meridex/frame/Numeric.h>
 #include <meridex/frame/Text.h>
+#include <meridex/frame/ThreeWayMerge.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/platform/Platform.h>
 #include <meridex/platform/StartedProgram.h>
@@ -131,7 +132,9 @@ bool CommsProfileManager::LoadXMLMapFile(const std::string& XMLFile) {
     mapFile_ = XMLFile;
     std::error_code ec;
     bool exists = !XMLFile.empty() && fs::exists(utf8::ToPath(XMLFile), ec);
-    XmlDocument document = exists ? XmlDocument::Load(XMLFile) : XmlDocument();
+    std::string bytes;
+    shared_.NotRead(XMLFile);
+    XmlDocument document = exists && shared_.Read(XMLFile, bytes) ? XmlDocument::Parse(bytes) : XmlDocument();
     XmlNode root = document ? document.DocumentElement() : XmlNode();
     if (!root || root.Name() != kRoot) {
         if (exists) unreadable_.Remember(XMLFile);
@@ -145,6 +148,7 @@ bool CommsProfileManager::LoadXMLMapFile(const std::string& XMLFile) {
     int position = 0;
     for (const XmlNode& profile : root_.SelectAll(kProfile))
         SetChild(profile, "KEY", "PROFILE" + std::to_string(++position));
+    shared_.setBase(document_.Serialize());  // merges compare with the keys as numbered here
     return true;
 }
 
@@ -158,7 +162,30 @@ bool CommsProfileManager::SaveXMLMapFile(const std::string& XMLFile, std::string
         if (error) *error = "the unusable map file " + mapFile_ + " could not be kept aside";
         return false;
     }
-    return document_.Save(mapFile_, error);
+    const auto merge = [this](const std::string& base, const std::string& theirs) {
+// Keys are numbered afresh at every load, so a profile is known across
+        // versions by the rest of its content; one of theirs whose key ours
+        // already uses takes the next free one.
+        ThreeWayMerge::Rules rules;
+        rules.identity = [](const XmlNode& profile) {
+            std::string content;
+            for (XmlNode child = profile.FirstChildElement(); child; child = child.NextSiblingElement())
+                if (child.Name() != "KEY") content += child.Xml();
+            return content;
+        };
+        rules.inserted = [](const XmlNode& added, const XmlNode& list) {
+            if (added.Name() != kProfile) return;
+            const std::string key = ChildText(added, "KEY");
+            for (const XmlNode& profile : list.SelectAll(kProfile))
+                if (profile != added && Text::EqualsIgnoreCase(ChildText(profile, "KEY"), key)) {
+                    SetChild(added, "KEY", FreeKeys(list).Next(key));
+                    return;
+                }
+        };
+        return ThreeWayMerge::MergeDocuments(root_, base, theirs, rules);
+    };
+    return shared_.Save(mapFile_, [this] { return document_.Serialize(); }, merge, "CommsProfileManager:SaveXMLMapFile",
+                        error);
 }
 
 void CommsProfileManager::GetCommPortDescriptions(const std::string& RootPath) {

@@ -8,6 +8,7 @@
 
 #include <meridex/comms/Scheme.h>
 #include <meridex/frame/Index.h>
+#include <meridex/frame/SharedFile.h>
 #include <meridex/frame/UnreadableFiles.h>
 #include <meridex/frame/XMLFactoryLease.h>
 #include <meridex/frame/XmlDocument.h>
@@ -68,6 +69,9 @@ public:
     /// Saves to XMLFile (which becomes MapFile) or to MapFile, atomically;
     /// false, with a reason in error, when it could not.
     bool SaveXMLMapFile(const std::string& XMLFile = {}, std::string* error = nullptr);
+    /// The copy of someone else's version the last save kept beside the map
+    /// ("NAME.conflict-..."), or "" when it kept none.
+    const std::string& ConflictCopy() const noexcept { return shared_.ConflictCopy(); }
 
     /// Names the profiles after the ports' descriptions, which the companion
     /// program in RootPath writes to ports.txt in PortsFile::Folder(RootPath):
@@ -147,6 +151,7 @@ private:
     XmlDocument document_;
     XmlNode root_;
     UnreadableFiles unreadable_;  ///< map files that could not be used, kept before a save replaces them
+    SharedFile shared_;           ///< the version loaded, so a save merges what others saved since
 };
 
 }  // namespace meridex

@@ -2,6 +2,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -47,5 +48,15 @@ bool WriteAllAt(int fd, std::string_view bytes);
 /// back, so only a crash in the middle can leave a mixed file. False with
 /// errorOut an errno value.
 bool WriteInPlace(const std::string& target, std::string_view bytes, int& errorOut);
+
+/// Asked just before a save puts its written temporary in place of the target
+/// (the final file, links followed), while no other checked save of that folder
+/// can do the same: true lets the rename go on; false ends the save, the
+/// temporary removed and the target untouched. The in-place fallback asks it
+/// with an empty temporary before it writes.
+using RenameCheck = std::function<bool(const std::string& temporary, const std::string& target)>;
+/// WriteFileAtomic with the check made inside its rename step (none when empty).
+bool WriteFileAtomicChecked(const std::string& path, std::string_view bytes, std::string* error,
+                            const RenameCheck& check);
 
 }  // namespace meridex::FileOps

@@ -59,3 +59,38 @@ struct Status {
 bool GetStatus(const std::string& path, Status& status);
 
 }  // namespace meridex::FileSystem
+
+namespace meridex {
+struct FileIdentity;
+}
+
+namespace meridex::FileSystem {
+
+/// The identity of the file at path, links followed, without its hash
+/// (exists false when there is no regular file).
+FileIdentity IdentityOf(const std::string& path);
+/// Reads the whole file and the identity of what was read (hash included)
+/// from one open handle; false when it cannot be read.
+bool ReadWithIdentity(const std::string& path, std::string& contents, FileIdentity& identity);
+/// Gives the existing file a second name; false when the file system cannot
+/// (or newPath is taken: never replaces anything).
+bool MakeHardLink(const std::string& existing, const std::string& newPath);
+
+}  // namespace meridex::FileSystem
+
+// What a lock note beside an open document records.
+namespace meridex::FileSystem {
+
+/// The name of the user running this process ("" when unknown).
+std::string UserName();
+/// This computer's name ("" when unknown).
+std::string HostName();
+/// This process's number.
+unsigned long long ProcessId();
+/// False only when no process with that number runs on this computer.
+bool ProcessRunning(unsigned long long pid);
+/// Makes a new file holding bytes; false when one is there already or the
+/// folder does not let it be made (never replaces anything).
+bool CreateNewFile(const std::string& path, std::string_view bytes);
+
+}  // namespace meridex::FileSystem

@@ -6,7 +6,9 @@
 
 #include <meridex/frame/Utf8.h>
 #include <meridex/frame/FileOps.h>
+#include <meridex/frame/LockNote.h>
 #include <meridex/frame/Text.h>
+#include <meridex/frame/ThreeWayMerge.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/frame/XmlDocument.h>
 #include <meridex/settings/KeyedElements.h>
@@ -90,6 +92,8 @@ bool Settings::ShowProfileEditor(void* ownerWindow) {
     // Copied, so an editor that installs another opener while it is open cannot pull the running one away.
     const ProfileEditorOpener opener = InstalledProfileEditor();
     if (!opener) return false;
+    LockNote note;  // tells a second editor who has the file open
+    if (!path_.empty() && !note.Acquire(path_)) return false;
     try {
         opener(*this, ownerWindow);
     } catch (...) {
@@ -125,8 +129,10 @@ void Settings::SetBoolean(std::string_view key, bool newValue, bool saveNull) {
 bool Settings::LoadSettings(const std::string& settingsFile) {
     bool loaded = false;
     try {
+        shared_.NotRead(settingsFile);
+        std::string bytes;
         if (FileOps::FileExists(settingsFile)) {
-            const XmlDocument document = XmlDocument::Load(settingsFile);
+            const XmlDocument document = shared_.Read(settingsFile, bytes) ? XmlDocument::Parse(bytes) : XmlDocument();
             const XmlNode root = document.DocumentNode().SelectSingle(kRoot);
             if (root) {
                 XmlNode profiles = root.SelectSingle(kProfiles);
@@ -141,6 +147,7 @@ bool Settings::LoadSettings(const std::string& settingsFile) {
                     current_ = Profile(XmlNode{});
                     loaded = true;
                     CompleteProfiles();
+                    shared_.setBase(root_.Xml());  // merges compare with the completed profiles
                 }
             }
             // Whatever was there is not a settings document we can read: a
@@ -217,9 +224,13 @@ bool Settings::SaveSettings(const std::string& newSettingsFile) {
         if (path_.empty() || IsReadOnlyFile(utf8::ToPath(path_))) return false;
         if (!unreadable_.KeepBeforeReplacing(path_)) return false;
         // References for everything above 127: read alike as UTF-8 and as windows-1252.
-        std::string text = Text::XmlWithCharacterReferences(root_.Xml());
-        text += "\r\n";
-        return FileOps::WriteFileAtomic(path_, text);
+        const auto serialize = [this] { return Text::XmlWithCharacterReferences(root_.Xml()) + "\r\n"; };
+        const auto merge = [this](const std::string& base, const std::string& theirs) {
+            ThreeWayMerge::Rules rules;
+            rules.descend = [](std::string_view name) { return name == kProfiles || name == "PROFILE"; };
+            return ThreeWayMerge::MergeDocuments(root_, base, theirs, rules);
+        };
+        return shared_.Save(path_, serialize, merge, "Settings:SaveSettings");
     } catch (...) {
         return false;
     }

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include <meridex/frame/Numeric.h>
+#include <meridex/frame/SharedFile.h>
 #include <meridex/frame/UnreadableFiles.h>
 #include <meridex/frame/XMLFactoryLease.h>
 #include <meridex/frame/XmlNode.h>
@@ -80,6 +81,9 @@ public:
 
     /// The remembered settings file ("" until one is named).
     const std::string& SettingsFile() const noexcept { return path_; }
+    /// The copy of someone else's version the last save kept beside the file
+    /// ("NAME.conflict-..."), or "" when it kept none.
+    const std::string& ConflictCopy() const noexcept { return shared_.ConflictCopy(); }
     /// The V4SETTINGS element.
     const XmlNode& Root() const noexcept { return root_; }
 
@@ -92,6 +96,8 @@ private:
     /// Files that existed but could not be read; each is copied aside before a
     /// save replaces it.
     UnreadableFiles unreadable_;
+    /// The version loaded, so a save merges what others saved since.
+    SharedFile shared_;
     XmlNode root_;
     ::meridex::Profiles profiles_;
     Profile current_{XmlNode{}};

@@ -112,3 +112,11 @@ def test_the_shapes_of_the_documented_outputs(ws):
     shown = ws.run("settings", "show", ws.settings, "--json").json()
     assert shown["currentProfile"] == "Field Crew"
     assert {"key": "LANG", "value": "en"} in shown["keys"]
+
+
+def test_commands_that_save_say_which_conflict_copy_they_kept(ws):
+    saving = [["settings", "set", ws.settings, "LANG", "fr"], ["book", "add-group", ws.book, "\\", "Estuary"],
+              ["comms", "add", ws.map, "udp"]]
+    for args in saving:
+        assert ws.run(*args, "--json").json()["conflictCopy"] is None, args
+    assert "conflictCopy" not in ws.run("settings", "show", ws.settings, "--json").json()

@@ -12,6 +12,8 @@
 
 #include "TempDir.h"
 #include <meridex/frame/FileOps.h>
+#include <meridex/frame/LockNote.h>
+#include <meridex/frame/RecordingUserInterface.h>
 
 using namespace meridex;
 using namespace meridex::FileOps;
@@ -146,4 +148,18 @@ TEST(FileOpsAsUser, AFolderWithoutWritePermissionStillSavesItsWritableFile) {
     chmod(target.c_str(), 0444);
     EXPECT_FALSE(WriteFileAtomic(target, "lost"));
     EXPECT_EQ(test::TempDir::Read(target), "new");
+}
+
+TEST(FileOpsAsUser, AnEditorOpensAFileInARefusingFolderWithoutALockNoteAndSaysNothing) {
+    if (geteuid() == 0) GTEST_SKIP() << "needs an unprivileged user; the unprivileged test entry runs it";
+    test::TempDir dir;
+    const std::string book = dir.Write("share/AddressBook.xml", "<V4ADDRESSBOOK/>");
+    ASSERT_EQ(chmod(dir.File("share").c_str(), 0555), 0);
+    auto ui = std::make_shared<RecordingUserInterface>();
+    LockNote note;
+    EXPECT_TRUE(note.Acquire(book, ui));
+    EXPECT_FALSE(note.Held());
+    EXPECT_TRUE(ui->Messages().empty());
+    EXPECT_EQ(Entries(dir.File("share")), std::vector<std::string>{"AddressBook.xml"});
+    chmod(dir.File("share").c_str(), 0755);
 }

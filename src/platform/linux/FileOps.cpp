@@ -127,6 +127,11 @@ void RemoveDeadTemporaries(const std::string& folder, const std::string& name) {
 }  // namespace
 
 bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::string* error) {
+    return WriteFileAtomicChecked(path, bytes, error, {});
+}
+
+bool WriteFileAtomicChecked(const std::string& path, std::string_view bytes, std::string* error,
+                            const RenameCheck& check) {
     const auto fail = [&](std::string reason) {
         if (error) *error = std::move(reason);
         return false;
@@ -153,6 +158,7 @@ bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::strin
     if (fd < 0) {
         const int createError = errno;
         if (!exists || (createError != EACCES && createError != EPERM)) return fail(Reason("cannot write in", folder, createError));
+        if (check && !check({}, native)) return fail(path + " was changed by someone else");
         int inPlaceError = 0;
         if (!WriteInPlace(native, bytes, inPlaceError)) return fail(Reason("cannot write", path, inPlaceError));
         return true;
@@ -172,13 +178,23 @@ bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::strin
         ::unlink(temp.c_str());
         return fail(Reason("cannot write", path, writeError ? writeError : EIO));
     }
+    const int dirFd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    // A checked save holds the folder from its check to its rename, so no
+    // other checked save can put a version in place in between (a file
+    // system without such locks is checked all the same).
+    if (check && dirFd >= 0) ::flock(dirFd, LOCK_EX);
+    if (check && !check(temp, native)) {
+        ::unlink(temp.c_str());
+        if (dirFd >= 0) ::close(dirFd);
+        return fail(path + " was changed by someone else");
+    }
     if (steps.Rename(temp, native) != 0) {
         const int renameError = errno;
         ::unlink(temp.c_str());
+        if (dirFd >= 0) ::close(dirFd);
         return fail(Reason("cannot replace", path, renameError));
     }
     // Make the rename itself durable.
-    const int dirFd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (dirFd >= 0) {
         ::fsync(dirFd);
         ::close(dirFd);

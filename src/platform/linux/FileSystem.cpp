@@ -3,14 +3,18 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <fnmatch.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
 #include <meridex/frame/Error.h>
+#include <meridex/frame/FileIdentity.h>
 
 namespace meridex::FileSystem {
 std::string NativePath(std::string_view path) {
@@ -154,6 +158,93 @@ bool GetStatus(const std::string& path, Status& status) {
     status.modified = toTimespec(sx.stx_mtime);
     status.created = (sx.stx_mask & STATX_BTIME) ? toTimespec(sx.stx_btime) : toTimespec(sx.stx_ctime);
     return true;
+}
+
+}  // namespace meridex::FileSystem
+
+namespace meridex::FileSystem {
+namespace {
+
+FileIdentity IdentityOfStat(const struct stat& st) {
+    FileIdentity id;
+    id.exists = S_ISREG(st.st_mode);
+    if (!id.exists) return id;
+    id.size = static_cast<std::uint64_t>(st.st_size);
+    id.modifiedNs = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1000000000LL + st.st_mtim.tv_nsec;
+    id.volume = static_cast<std::uint64_t>(st.st_dev);
+    id.fileId = static_cast<std::uint64_t>(st.st_ino);
+    return id;
+}
+
+}  // namespace
+
+FileIdentity IdentityOf(const std::string& path) {
+    struct stat st {};
+    if (::stat(NativePath(path).c_str(), &st) != 0) return {};
+    return IdentityOfStat(st);
+}
+
+bool ReadWithIdentity(const std::string& path, std::string& contents, FileIdentity& identity) {
+    const int fd = ::open(NativePath(path).c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return false;
+    struct stat st {};
+    bool ok = ::fstat(fd, &st) == 0 && S_ISREG(st.st_mode);
+    if (ok) {
+        contents.clear();
+        contents.reserve(static_cast<std::size_t>(st.st_size));
+        char buffer[65536];
+        for (;;) {
+            const ssize_t n = ::read(fd, buffer, sizeof buffer);
+            if (n < 0 && errno == EINTR) continue;
+            if (n <= 0) {
+                ok = n == 0;
+                break;
+            }
+            contents.append(buffer, static_cast<std::size_t>(n));
+        }
+    }
+    ::close(fd);
+    if (!ok) return false;
+    identity = IdentityOfStat(st);
+    identity.size = contents.size();
+    identity.hash = FileIdentity::HashOf(contents.data(), contents.size());
+    return true;
+}
+
+bool MakeHardLink(const std::string& existing, const std::string& newPath) {
+    return ::linkat(AT_FDCWD, NativePath(existing).c_str(), AT_FDCWD, NativePath(newPath).c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+}  // namespace meridex::FileSystem
+
+namespace meridex::FileSystem {
+
+std::string UserName() {
+    if (const passwd* entry = ::getpwuid(::geteuid()); entry && entry->pw_name) return entry->pw_name;
+    const char* user = std::getenv("USER");
+    return user ? user : "";
+}
+
+std::string HostName() {
+    char name[256] = {};
+    if (::gethostname(name, sizeof name - 1) != 0) return {};
+    return name;
+}
+
+unsigned long long ProcessId() { return static_cast<unsigned long long>(::getpid()); }
+
+bool ProcessRunning(unsigned long long pid) {
+    if (pid == 0 || pid > 0x7FFFFFFFull) return false;
+    return ::kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH;
+}
+
+bool CreateNewFile(const std::string& path, std::string_view bytes) {
+    const int fd = ::open(NativePath(path).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (fd < 0) return false;
+    const bool ok = ::write(fd, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+    ::close(fd);
+    if (!ok) ::unlink(NativePath(path).c_str());
+    return ok;
 }
 
 }  // namespace meridex::FileSystem

@@ -161,9 +161,31 @@ void RemoveDeadTemporaries(const std::string& folder, const std::string& name) {
     ::FindClose(search);
 }
 
+// The save lock of a file: ".NAME.savelock" beside it, shared with no one
+// and deleted when closed, so it is never left behind. Waits up to ten
+// seconds for another save to finish; where it cannot be made (a folder the
+// user may not write) the save goes on without it.
+HANDLE LockForSave(const std::string& folderPrefix, const std::string& name) {
+    const std::wstring lockPath = Windows::LongPath(folderPrefix + "." + name + ".savelock");
+    for (int attempt = 0; attempt < 1000; ++attempt) {
+        HANDLE lock = ::CreateFileW(lockPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        if (lock != INVALID_HANDLE_VALUE) return lock;
+        const DWORD error = ::GetLastError();
+        if (error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED) return INVALID_HANDLE_VALUE;
+        ::Sleep(10);
+    }
+    return INVALID_HANDLE_VALUE;
+}
+
 }  // namespace
 
 bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::string* error) {
+    return WriteFileAtomicChecked(path, bytes, error, {});
+}
+
+bool WriteFileAtomicChecked(const std::string& path, std::string_view bytes, std::string* error,
+                            const RenameCheck& check) {
     const auto fail = [&](std::string reason) {
         if (error) *error = std::move(reason);
         return false;
@@ -187,6 +209,7 @@ bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::strin
         const int createError = errno;
         if (!exists || (createError != EACCES && createError != EPERM))
             return fail(Reason("cannot write in", folder, createError));
+        if (check && !check({}, path)) return fail(path + " was changed by someone else");
         int inPlaceError = 0;
         if (!WriteInPlace(path, bytes, inPlaceError)) return fail(Reason("cannot write", path, inPlaceError));
         return true;
@@ -203,8 +226,18 @@ bool WriteFileAtomic(const std::string& path, std::string_view bytes, std::strin
         ::DeleteFileW(wideTemp.c_str());
         return fail(Reason("cannot write", path, writeError ? writeError : EIO));
     }
-    if (steps.Rename(temp, path) != 0) {
-        const int renameError = errno;
+    // A checked save holds the save lock of the file from its check to its
+    // rename, so no other checked save can put a version in place in between.
+    const HANDLE lock = check ? LockForSave(folderPrefix, name) : INVALID_HANDLE_VALUE;
+    if (check && !check(temp, path)) {
+        ::DeleteFileW(wideTemp.c_str());
+        if (lock != INVALID_HANDLE_VALUE) ::CloseHandle(lock);
+        return fail(path + " was changed by someone else");
+    }
+    const bool renamed = steps.Rename(temp, path) == 0;
+    const int renameError = errno;
+    if (lock != INVALID_HANDLE_VALUE) ::CloseHandle(lock);
+    if (!renamed) {
         ::DeleteFileW(wideTemp.c_str());
         return fail(Reason("cannot replace", path, renameError));
     }

@@ -5,6 +5,7 @@
 #include <cerrno>
 
 #include <meridex/frame/Error.h>
+#include <meridex/frame/FileIdentity.h>
 #include <meridex/platform/windows/WideText.h>
 #include <meridex/platform/windows/WindowsFiles.h>
 
@@ -155,6 +156,116 @@ std::string PerUserScratchFolder() {
     // The temporary folder's name ends with its separator.
     while (n > 0 && (buffer[n - 1] == L'\\' || buffer[n - 1] == L'/')) --n;
     return Wide::ToUtf8(std::wstring_view(buffer, n));
+}
+
+}  // namespace meridex::FileSystem
+
+namespace meridex::FileSystem {
+namespace {
+
+// Size, last write time (100-nanosecond units since 1601, as nanoseconds),
+// volume serial number and file index of an open file.
+FileIdentity IdentityOfHandle(HANDLE file) {
+    FileIdentity id;
+    BY_HANDLE_FILE_INFORMATION info;
+    if (!::GetFileInformationByHandle(file, &info) || (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) return id;
+    id.exists = true;
+    id.size = (static_cast<std::uint64_t>(info.nFileSizeHigh) << 32) | info.nFileSizeLow;
+    const std::uint64_t ticks =
+        (static_cast<std::uint64_t>(info.ftLastWriteTime.dwHighDateTime) << 32) | info.ftLastWriteTime.dwLowDateTime;
+    id.modifiedNs = static_cast<std::int64_t>(ticks) * 100;
+    id.volume = info.dwVolumeSerialNumber;
+    id.fileId = (static_cast<std::uint64_t>(info.nFileIndexHigh) << 32) | info.nFileIndexLow;
+    return id;
+}
+
+HANDLE OpenForReading(const std::string& path) {
+    return ::CreateFileW(Windows::LongPath(path).c_str(), GENERIC_READ,
+                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                         FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+}  // namespace
+
+FileIdentity IdentityOf(const std::string& path) {
+    HANDLE file = OpenForReading(path);
+    if (file == INVALID_HANDLE_VALUE) return {};
+    const FileIdentity id = IdentityOfHandle(file);
+    ::CloseHandle(file);
+    return id;
+}
+
+bool ReadWithIdentity(const std::string& path, std::string& contents, FileIdentity& identity) {
+    HANDLE file = OpenForReading(path);
+    if (file == INVALID_HANDLE_VALUE) {
+        errno = Windows::ErrnoOf(::GetLastError());
+        return false;
+    }
+    FileIdentity id = IdentityOfHandle(file);
+    bool ok = id.exists;
+    contents.clear();
+    if (ok) contents.reserve(static_cast<std::size_t>(id.size));
+    char buffer[65536];
+    while (ok) {
+        DWORD got = 0;
+        if (!::ReadFile(file, buffer, sizeof buffer, &got, nullptr)) {
+            errno = Windows::ErrnoOf(::GetLastError());
+            ok = false;
+            break;
+        }
+        if (got == 0) break;
+        contents.append(buffer, got);
+    }
+    ::CloseHandle(file);
+    if (!ok) return false;
+    id.size = contents.size();
+    id.hash = FileIdentity::HashOf(contents.data(), contents.size());
+    identity = id;
+    return true;
+}
+
+bool MakeHardLink(const std::string& existing, const std::string& newPath) {
+    return ::CreateHardLinkW(Windows::LongPath(newPath).c_str(), Windows::LongPath(existing).c_str(), nullptr) != 0;
+}
+
+}  // namespace meridex::FileSystem
+
+namespace meridex::FileSystem {
+
+std::string UserName() {
+    wchar_t name[257];
+    DWORD size = 257;
+    return ::GetUserNameW(name, &size) && size > 0 ? Wide::ToUtf8(std::wstring_view(name, size - 1)) : std::string();
+}
+
+std::string HostName() {
+    wchar_t name[MAX_COMPUTERNAME_LENGTH + 1];
+    DWORD size = MAX_COMPUTERNAME_LENGTH + 1;
+    return ::GetComputerNameW(name, &size) ? Wide::ToUtf8(std::wstring_view(name, size)) : std::string();
+}
+
+unsigned long long ProcessId() { return ::GetCurrentProcessId(); }
+
+bool ProcessRunning(unsigned long long pid) {
+    if (pid == 0 || pid > 0xFFFFFFFFull) return false;
+    HANDLE process = ::OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(pid));
+    if (!process) return ::GetLastError() == ERROR_ACCESS_DENIED;  // there, but not ours to open
+    const bool running = ::WaitForSingleObject(process, 0) == WAIT_TIMEOUT;
+    ::CloseHandle(process);
+    return running;
+}
+
+bool CreateNewFile(const std::string& path, std::string_view bytes) {
+    const std::wstring wide = Windows::LongPath(path);
+    HANDLE file = ::CreateFileW(wide.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, CREATE_NEW,
+                                FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    DWORD written = 0;
+    const bool ok = ::WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
+                    written == bytes.size();
+    ::CloseHandle(file);
+    if (!ok) ::DeleteFileW(wide.c_str());
+    return ok;
 }
 
 }  // namespace meridex::FileSystem

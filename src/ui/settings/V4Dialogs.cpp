@@ -1,5 +1,6 @@
 #include <meridex/ui/settings/V4Dialogs.h>
 
+#include <meridex/frame/LockNote.h>
 #include <meridex/ui/comms/frmCommsMap.h>
 #include <meridex/ui/comms/frmNewCommsMapDevice.h>
 #include <meridex/ui/comms/frmSelectDevice.h>
@@ -27,6 +28,8 @@ bool V4Dialogs::EnterPassword(const std::string& password) const { return ui()->
 
 void V4Dialogs::OpenAddressBook(const std::string& addressBookFile, const std::string& commsMapFile,
                                 const std::string& schemesFolder) const {
+    LockNote note;  // tells a second editor who has the book open
+    if (!note.Acquire(addressBookFile, ui_)) return;
     frmAddressBook editor(ui_);
     editor.setErrorHandler(errors_);
     editor.LoadAddressBook(addressBookFile, commsMapFile, schemesFolder);
@@ -59,6 +62,8 @@ XmlNode V4Dialogs::SelectCommsDevice(CommsProfileManager& map) const {
 }
 
 void V4Dialogs::EditCommunicationsMap(const std::string& commsMapFile) const {
+    LockNote note;
+    if (!note.Acquire(commsMapFile, ui_)) return;
     frmCommsMap form(ui_, ports_, store_);
     form.LoadMap(commsMapFile);
     form.exec();
