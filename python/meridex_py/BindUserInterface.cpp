@@ -5,7 +5,8 @@
 namespace meridex::python {
 namespace {
 
-// A user interface written in Python: MessageBox, InputBox, SetPassword and EnterPassword.
+// A user interface written in Python: MessageBox, InputBox, SetPassword and EnterPassword; Choose and
+// SaveFileName when it has them, else they answer as a box closed without an answer.
 class PyUserInterface : public UserInterface {
 public:
     MessageResult MessageBox(const std::string& text, MessageButtons buttons, MessageIcon icon,
@@ -19,6 +20,19 @@ public:
     std::string SetPassword() override { PYBIND11_OVERRIDE_PURE(std::string, UserInterface, SetPassword); }
     bool EnterPassword(const std::string& password) override {
         PYBIND11_OVERRIDE_PURE(bool, UserInterface, EnterPassword, password);
+    }
+    std::optional<int> Choose(const std::string& text, const std::vector<std::string>& choices, MessageIcon icon,
+                              const std::string& caption, int defaultChoice) override {
+        py::gil_scoped_acquire gil;
+        if (py::function own = py::get_override(static_cast<const UserInterface*>(this), "Choose"))
+            return own(text, choices, icon, caption, defaultChoice).cast<std::optional<int>>();
+        return std::nullopt;
+    }
+    std::optional<std::string> SaveFileName(const std::string& title, const std::string& suggestedPath) override {
+        py::gil_scoped_acquire gil;
+        if (py::function own = py::get_override(static_cast<const UserInterface*>(this), "SaveFileName"))
+            return own(title, suggestedPath).cast<std::optional<std::string>>();
+        return std::nullopt;
     }
 };
 
@@ -65,6 +79,12 @@ void BindUserInterface(py::module_& m) {
         .def("SetPassword", &UserInterface::SetPassword, "Asks for a new password; \"\" when cancelled")
         .def("EnterPassword", &UserInterface::EnterPassword, py::arg("password"),
              "Asks for a password; True exactly when the typed text equals password")
+        .def("Choose", &UserInterface::Choose, py::arg("text"), py::arg("choices"), py::arg("icon"), py::arg("caption"),
+             py::arg("default_choice") = 0,
+             "Offers one button per choice; the index chosen, or None when the box is closed without one "
+             "(a subclass without Choose answers None)")
+        .def("SaveFileName", &UserInterface::SaveFileName, py::arg("title"), py::arg("suggested_path"),
+             "Asks for a file to save to; None when the person cancels (a subclass without it answers None)")
         .def_static(
             "Install",
             [m](std::optional<std::shared_ptr<UserInterface>> ui) {
