@@ -9,6 +9,7 @@
 #include <meridex/frame/Text.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/frame/XmlDocument.h>
+#include <meridex/frame/XmlSave.h>
 #include <meridex/settings/KeyedElements.h>
 #include <meridex/settings/V4StandardProfiles.h>
 
@@ -217,9 +218,7 @@ bool Settings::SaveSettings(const std::string& newSettingsFile) {
         if (path_.empty() || IsReadOnlyFile(utf8::ToPath(path_))) return false;
         if (!unreadable_.KeepBeforeReplacing(path_)) return false;
         // References for everything above 127: read alike as UTF-8 and as windows-1252.
-        std::string text = Text::XmlWithCharacterReferences(root_.Xml());
-        text += "\r\n";
-        return FileOps::WriteFileAtomic(path_, text);
+        return FileOps::WriteFileAtomic(path_, XmlSave::AsciiXml(root_, false, "\r\n"));
     } catch (...) {
         return false;
     }
