@@ -37,9 +37,11 @@ bool IsReadOnlyFile(const fs::path& path) {
 }
 
 
-// One catalogue feature with what it gives each kind of loaded profile.
+// One catalogue feature with what it gives each kind of loaded profile, and
+// the administrator's feature made available and unavailable once, to be cloned.
 struct CatalogueFeature {
-    Feature feature;
+    Feature available;
+    Feature unavailable;
     bool administrator;
     bool lockdown;
     bool other;
@@ -180,7 +182,9 @@ void Settings::CompleteProfiles() const {
         Feature feature(element);
         const std::string key = feature.Key();
         positions.emplace_back(Text::FoldCase(key), catalogue.size());
-        catalogue.push_back({feature, feature.Available(), lockdown.FeatureAvailable(key),
+        Feature unavailable = feature.Clone();
+        unavailable.setAvailable(false);
+        catalogue.push_back({feature, unavailable, feature.Available(), lockdown.FeatureAvailable(key),
                              standard.FeatureAvailable(key)});
     }
     std::sort(positions.begin(), positions.end());
@@ -202,11 +206,11 @@ void Settings::CompleteProfiles() const {
         KeyedElements::ForEachKey(element, "FEATURE", mark);
         for (std::size_t i = 0; i < catalogue.size(); ++i) {
             if (present[i]) continue;
-            const Feature added = catalogue[i].feature.Clone();
-            added.setAvailable(profileKey == "ADMINISTRATOR" ? catalogue[i].administrator
-                               : profileKey == "LOCKDOWN"    ? catalogue[i].lockdown
-                                                             : catalogue[i].other);
-            profile.Add(added);
+            const CatalogueFeature& entry = catalogue[i];
+            const bool available = profileKey == "ADMINISTRATOR" ? entry.administrator
+                                   : profileKey == "LOCKDOWN"    ? entry.lockdown
+                                                                 : entry.other;
+            profile.Add((available ? entry.available : entry.unavailable).Clone());
         }
     }
 }
