@@ -1,10 +1,12 @@
 // The address book editor at a water authority's size, each measurement beside a core baseline
 // doing the same document work without the window:
-//   the editor loading a 20,000-site book and filling its tree   vs  AddressBook::LoadAddressBook
+//   the editor loading a 20,000- and a 200,000-site book and filling its tree (with the heap each
+//   holds), and destroying it                                   vs  AddressBook::LoadAddressBook
 //   selecting a group of 1,000 sites (its list filled)           vs  reading those sites' names
 //   importing 4,000 schemes through frmImport                    vs  the same import without the form
 //     (with the longest gap between two paints of the form)
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <chrono>
@@ -76,6 +78,15 @@ const std::string& BigBook() {
     static const std::string path = Book("AddressBook.xml", 20, 10, 100);  // 20,000 sites
     return path;
 }
+// 200,000 sites: 20 regions of 100 catchments of 100 gauges, made on first use.
+const std::string& HugeBook() {
+    static const std::string path = Book("Huge.xml", 20, 100, 100);
+    return path;
+}
+const std::string& BookOf(long sites) { return sites == 200000 ? HugeBook() : BigBook(); }
+
+// Bytes of the heap in use now.
+double HeapInUse() { return static_cast<double>(mallinfo2().uordblks); }
 const std::string& WideBook() {
     static const std::string path = Book("Wide.xml", 1, 1, 1000);  // one group of 1,000 sites
     return path;
@@ -87,25 +98,48 @@ std::unique_ptr<ui::frmAddressBook> Editor() {
     return editor;
 }
 
+// Each with the heap it holds once loaded (heap_MB).
 void BM_BookLoad(benchmark::State& state) {
-    const std::string file = BigBook();
+    const std::string file = BookOf(state.range(0));
+    double held = 0;
     for (auto _ : state) {
+        const double before = HeapInUse();
         AddressBook book;
         benchmark::DoNotOptimize(book.LoadAddressBook(file));
+        held = HeapInUse() - before;
     }
+    state.counters["heap_MB"] = held / 1e6;
 }
-BENCHMARK(BM_BookLoad)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_BookLoad)->Arg(20000)->Arg(200000)->Unit(benchmark::kMillisecond);
 
 void BM_EditorLoad(benchmark::State& state) {
     const std::string map = BenchFolder() + "/missing-map.xml";
-    const std::string file = BigBook();
+    const std::string file = BookOf(state.range(0));
+    double held = 0;
     for (auto _ : state) {
+        const double before = HeapInUse();
         auto editor = Editor();
         editor->LoadAddressBook(file, map, {});
         benchmark::DoNotOptimize(editor->tvGroups->topLevelItemCount());
+        held = HeapInUse() - before;
+    }
+    state.counters["heap_MB"] = held / 1e6;
+}
+BENCHMARK(BM_EditorLoad)->Arg(20000)->Arg(200000)->Unit(benchmark::kMillisecond);
+
+// Closing: the editor and its tree destroyed (the save on close is measured with the book's save).
+void BM_EditorDestroy(benchmark::State& state) {
+    const std::string map = BenchFolder() + "/missing-map.xml";
+    const std::string file = BookOf(state.range(0));
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto editor = Editor();
+        editor->LoadAddressBook(file, map, {});
+        state.ResumeTiming();
+        editor.reset();
     }
 }
-BENCHMARK(BM_EditorLoad)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_EditorDestroy)->Arg(20000)->Arg(200000)->Unit(benchmark::kMillisecond);
 
 void BM_GroupNamesRead(benchmark::State& state) {
     AddressBook book;

@@ -9,6 +9,7 @@
 #include <meridex/frame/Text.h>
 #include <meridex/frame/XmlAccess.h>
 #include <meridex/frame/XmlImpl.h>
+#include <meridex/frame/XmlSave.h>
 
 namespace meridex {
 namespace {
@@ -221,11 +222,11 @@ std::string XmlDocument::Serialize() const {
         options = XML_SAVE_FORMAT;
         if (doc->encoding) encoding = reinterpret_cast<const char*>(doc->encoding);
     }
-    std::string out;
-    if (!SaveDocument(doc, encoding.c_str(), options, out)) SaveDocument(doc, "UTF-8", options, out);
     // Without a declaration a reader may take the file for UTF-8 or for
     // windows-1252: with references for everything above 127 both read it alike.
-    if (options & XML_SAVE_NO_DECL && encoding == "UTF-8") return Text::XmlWithCharacterReferences(out);
+    if (options & XML_SAVE_NO_DECL && encoding == "UTF-8") return XmlSave::AsciiXml(DocumentNode(), true);
+    std::string out;
+    if (!SaveDocument(doc, encoding.c_str(), options, out)) SaveDocument(doc, "UTF-8", options, out);
     return out;
 }
 

@@ -18,7 +18,12 @@ bool NameIs(xmlNodePtr node, std::string_view name) {
     if (name.empty() || name == "*") return true;
     // Whole names compared: a part holding a NUL must not match a shorter name.
     const char* own = reinterpret_cast<const char*>(node->name);
-    return own && std::string_view(own) == name;
+    if (!own) return false;
+    for (const char c : name) {
+        if (c == '\0' || *own != c) return false;
+        ++own;
+    }
+    return *own == '\0';
 }
 
 xmlNodePtr NextElement(xmlNodePtr node, std::string_view name) {
@@ -234,17 +239,33 @@ std::string_view XmlNode::ChildText(std::string_view name, std::string& scratch)
     return RawChildText(node, name, scratch);
 }
 
-XmlNode XmlNode::FindChildByChildText(std::string_view childName, std::string_view keyName, std::string_view key,
-                                      bool ignoreCase) const {
-    xmlNodePtr node = XmlAccess::Raw(*this);
-    if (!node || keyName.empty() || keyName == "*") return {};
-    std::string scratch;
+namespace {
+
+xmlNodePtr RawChildByChildText(xmlNodePtr node, std::string_view childName, std::string_view keyName,
+                               std::string_view key, bool ignoreCase, std::string& scratch) {
+    if (!node || keyName.empty() || keyName == "*") return nullptr;
     for (xmlNodePtr child = NextElement(node->children, childName); child; child = NextElement(child->next, childName)) {
         const std::string_view text = RawChildText(child, keyName, scratch);
         const bool equal = !ignoreCase ? text == key : Text::EqualsIgnoreCase(text, key);
-        if (equal) return XmlAccess::View(child);
+        if (equal) return child;
     }
-    return {};
+    return nullptr;
+}
+
+}  // namespace
+
+XmlNode XmlNode::FindChildByChildText(std::string_view childName, std::string_view keyName, std::string_view key,
+                                      bool ignoreCase) const {
+    std::string scratch;
+    return XmlAccess::View(RawChildByChildText(XmlAccess::Raw(*this), childName, keyName, key, ignoreCase, scratch));
+}
+
+std::string_view XmlNode::ChildTextOfChildByChildText(std::string_view childName, std::string_view keyName,
+                                                      std::string_view key, std::string_view textName,
+                                                      std::string& scratch) const {
+    xmlNodePtr child = RawChildByChildText(XmlAccess::Raw(*this), childName, keyName, key, true, scratch);
+    if (!child || textName.empty() || textName == "*") return {};
+    return RawChildText(child, textName, scratch);
 }
 
 void XmlNode::ForEachChildText(std::string_view childName, std::string_view keyName,

@@ -91,6 +91,12 @@ public:
     /// exactly key, letter case ignored (all of Unicode) when ignoreCase.
     XmlNode FindChildByChildText(std::string_view childName, std::string_view keyName, std::string_view key,
                                  bool ignoreCase = true) const;
+    /// The text of textName in the child FindChildByChildText finds (letter case
+    /// ignored), read as ChildText reads it, without making a view: the host's
+    /// per-command question costs one scan. "" when there is no such child.
+    std::string_view ChildTextOfChildByChildText(std::string_view childName, std::string_view keyName,
+                                                 std::string_view key, std::string_view textName,
+                                                 std::string& scratch) const;
     /// The child element named childName at a 1-based position; null when
     /// there is none.
     XmlNode ChildElementAt(std::string_view childName, long long position) const;

@@ -1,5 +1,6 @@
 #include <meridex/settings/Profile.h>
 
+#include <meridex/frame/Numeric.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/settings/KeyedElements.h>
 
@@ -39,7 +40,9 @@ std::string Profile::Key() const { return XMLOps::GetXMLValue(node_, "KEY", "");
 void Profile::setKey(std::string_view key) const { XMLOps::SetXMLValue(node_, "KEY", key, true); }
 
 bool Profile::FeatureAvailable(std::string_view key) const {
-    return Feature(KeyedElements::FindByKey(node_, kFeature, key)).Available();
+    // As Feature::Available reads it, without a view of the feature.
+    std::string scratch;
+    return Numeric::LeadingNumber(node_.ChildTextOfChildByChildText(kFeature, "KEY", key, "AVAILABLE", scratch)) != 0;
 }
 
 bool Profile::FeatureExists(std::string_view key) const {

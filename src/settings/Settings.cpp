@@ -11,6 +11,7 @@
 #include <meridex/frame/ThreeWayMerge.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/frame/XmlDocument.h>
+#include <meridex/frame/XmlSave.h>
 #include <meridex/settings/KeyedElements.h>
 #include <meridex/settings/V4StandardProfiles.h>
 
@@ -38,9 +39,11 @@ bool IsReadOnlyFile(const fs::path& path) {
 }
 
 
-// One catalogue feature with what it gives each kind of loaded profile.
+// One catalogue feature with what it gives each kind of loaded profile, and
+// the administrator's feature made available and unavailable once, to be cloned.
 struct CatalogueFeature {
-    Feature feature;
+    Feature available;
+    Feature unavailable;
     bool administrator;
     bool lockdown;
     bool other;
@@ -186,7 +189,9 @@ void Settings::CompleteProfiles() const {
         Feature feature(element);
         const std::string key = feature.Key();
         positions.emplace_back(Text::FoldCase(key), catalogue.size());
-        catalogue.push_back({feature, feature.Available(), lockdown.FeatureAvailable(key),
+        Feature unavailable = feature.Clone();
+        unavailable.setAvailable(false);
+        catalogue.push_back({feature, unavailable, feature.Available(), lockdown.FeatureAvailable(key),
                              standard.FeatureAvailable(key)});
     }
     std::sort(positions.begin(), positions.end());
@@ -208,11 +213,11 @@ void Settings::CompleteProfiles() const {
         KeyedElements::ForEachKey(element, "FEATURE", mark);
         for (std::size_t i = 0; i < catalogue.size(); ++i) {
             if (present[i]) continue;
-            const Feature added = catalogue[i].feature.Clone();
-            added.setAvailable(profileKey == "ADMINISTRATOR" ? catalogue[i].administrator
-                               : profileKey == "LOCKDOWN"    ? catalogue[i].lockdown
-                                                             : catalogue[i].other);
-            profile.Add(added);
+            const CatalogueFeature& entry = catalogue[i];
+            const bool available = profileKey == "ADMINISTRATOR" ? entry.administrator
+                                   : profileKey == "LOCKDOWN"    ? entry.lockdown
+                                                                 : entry.other;
+            profile.Add((available ? entry.available : entry.unavailable).Clone());
         }
     }
 }
@@ -224,7 +229,7 @@ bool Settings::SaveSettings(const std::string& newSettingsFile) {
         if (path_.empty() || IsReadOnlyFile(utf8::ToPath(path_))) return false;
         if (!unreadable_.KeepBeforeReplacing(path_)) return false;
         // References for everything above 127: read alike as UTF-8 and as windows-1252.
-        const auto serialize = [this] { return Text::XmlWithCharacterReferences(root_.Xml()) + "\r\n"; };
+        const auto serialize = [this] { return XmlSave::AsciiXml(root_, false, "\r\n"); };
         const auto merge = [this](const std::string& base, const std::string& theirs) {
             ThreeWayMerge::Rules rules;
             rules.descend = [](std::string_view name) { return name == kProfiles || name == "PROFILE"; };

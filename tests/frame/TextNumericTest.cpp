@@ -15,6 +15,12 @@ TEST(Text, CaseInsensitiveForAllOfUnicode) {
     EXPECT_TRUE(Text::EqualsIgnoreCase("administrator", "ADMINISTRATOR"));
     EXPECT_FALSE(Text::EqualsIgnoreCase("Pump", "Pump_1"));
     EXPECT_FALSE(Text::EqualsIgnoreCase("a", "b"));
+    // An ASCII start decides alone only where both texts are ASCII so far: a long s (U+017F) and a
+    // Kelvin sign (U+212A) further on still fold to s and k.
+    EXPECT_TRUE(Text::EqualsIgnoreCase("V4_\u017FCHEME", "v4_scheme"));
+    EXPECT_TRUE(Text::EqualsIgnoreCase("ab\u212A", "ABk"));
+    EXPECT_FALSE(Text::EqualsIgnoreCase("ab", "ab\u017F"));
+    EXPECT_FALSE(Text::EqualsIgnoreCase("ab\u017Fx", "abSy"));
     EXPECT_EQ(Text::ToUpper("\\sub\\Site é.sxs"), "\\SUB\\SITE É.SXS");
     EXPECT_EQ(Text::FoldCase("MÜNCHEN"), Text::FoldCase("münchen"));
     EXPECT_TRUE(Text::IsValidUtf8("€"));

@@ -4,6 +4,11 @@
 #include <meridex/frame/Text.h>
 #include <meridex/frame/XMLOps.h>
 #include <meridex/frame/XmlDocument.h>
+#include <meridex/frame/XmlSave.h>
+#include <meridex/frame/XmlAccess.h>
+#include <meridex/frame/XmlImpl.h>
+
+#include <libxml/xmlsave.h>
 
 using namespace meridex;
 
@@ -56,6 +61,35 @@ TEST(XmlParse, CharacterReferencesMakeTextReadableInBothEncodings) {
     const std::string plain = Text::XmlWithCharacterReferences("<R><T>B&#252;ro</T></R>");
     for (const std::string& bytes : {plain, Text::FromWindows1252(plain)}) {
         EXPECT_EQ(XmlDocument::Parse(bytes).DocumentElement().Text(), "B\u00FCro");
+    }
+}
+
+// Undeclared documents and the settings element are written in one pass, references made as the
+// text is escaped; the bytes must be those of the UTF-8 form with references put in afterwards, also
+// where a name, comment, instruction or attribute holds characters above 127.
+TEST(XmlParse, TheOnePassWriterWritesWhatReferencesAddedAfterwardsWrite) {
+    const auto utf8Form = [](const XmlDocument& doc) {
+        xmlBufferPtr buffer = xmlBufferCreate();
+        xmlSaveCtxtPtr ctxt = xmlSaveToBuffer(buffer, "UTF-8", XML_SAVE_FORMAT | XML_SAVE_NO_DECL);
+        xmlSaveDoc(ctxt, XmlAccess::Holder(doc)->doc);
+        xmlSaveClose(ctxt);
+        std::string out(reinterpret_cast<const char*>(xmlBufferContent(buffer)), xmlBufferLength(buffer));
+        xmlBufferFree(buffer);
+        return out;
+    };
+    for (const std::string& text : {
+             std::string("<R><T>plain &amp; &lt;tag&gt; \"q\" 'a'</T><E/><T>\t\n&#13;</T></R>"),
+             std::string("<R><A><B>B\u00FCro \u20AC \U0001F600 \u0081</B></A><C>&amp;\u00E9&lt;</C></R>"),
+             std::string("<R a=\"B\u00FCro &amp; &lt;\"><T>\u00FC</T></R>"),
+             std::string("<R><!-- B\u00FCro --><?pi \u20AC?><T>\u00FC</T></R>"),
+             std::string("<R\u00C9><T\u00C9>\u00FC</T\u00C9></R\u00C9>"),
+             std::string("<!-- before --><R><T>x</T>mixed \u00FC<U>y</U></R><?after \u00FC?>")}) {
+        SCOPED_TRACE(text);
+        const XmlDocument doc = XmlDocument::Parse(text);
+        ASSERT_TRUE(doc);
+        EXPECT_EQ(doc.Serialize(), Text::XmlWithCharacterReferences(utf8Form(doc)));
+        const XmlNode root = doc.DocumentElement();
+        EXPECT_EQ(XmlSave::AsciiXml(root, false, "\r\n"), Text::XmlWithCharacterReferences(root.Xml()) + "\r\n");
     }
 }
 

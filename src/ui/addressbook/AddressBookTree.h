@@ -39,10 +39,14 @@ XmlNode Element(const QTreeWidgetItem* node);
 
 /// Clears tree and fills it from book: the root "Address Book" (key "ADDRESSBOOK", tag "ROOT"),
 /// then at every level the groups and then the sites in document order, each keyed by its PATH.
-/// Answers the first site node in node order, or null when the book has no site.
+/// Nodes are made a level ahead of what can be seen: the root's children and theirs at once, a
+/// group's grandchildren when it is first expanded (FollowExpansion), so every node a person can
+/// see or open has its children. Answers the first site node in node order (the nodes on its way
+/// made), or null when the book has no site.
 QTreeWidgetItem* Fill(QTreeWidget* tree, const AddressBook& book);
 
-/// The first node tagged "SITE" at or below top in node order (groups before sites); null when none.
+/// The first node tagged "SITE" at or below top in node order (groups before sites), found in the
+/// document and made with the nodes on its way if they are not made yet; null when none.
 QTreeWidgetItem* FirstSite(QTreeWidgetItem* top);
 
 /// The group a GROUP node stands for: FindGroup of its key when that leads back to the node's own
@@ -51,7 +55,8 @@ SiteGroup GroupOf(const AddressBook& book, const QTreeWidgetItem* node);
 /// As GroupOf, for a SITE node (FindSite, whose failure counts as leading nowhere).
 Site SiteOf(const AddressBook& book, const QTreeWidgetItem* node);
 
-/// Expanding shows "OPENGROUP", collapsing "CLOSEDGROUP", on every node that is expanded, the root included.
+/// Expanding shows "OPENGROUP", collapsing "CLOSEDGROUP", on every node that is expanded, the root
+/// included; expanding also makes the children of the node's children that are not made yet.
 void FollowExpansion(QTreeWidget* tree);
 
 }  // namespace meridex::ui::AddressBookTree

@@ -404,6 +404,32 @@ TEST_F(AddressBookEditor, ExpandingAndCollapsingSwitchTheFolderImages) {
     EXPECT_EQ(ui::ImageKey(Root()), "CLOSEDGROUP");
 }
 
+TEST_F(AddressBookEditor, GroupsOpenedLaterShowTheirWholeContentsAndKeepTheirEdits) {
+    Open();
+    const SiteGroup inner = MakeGroup(form_->Book()->FindGroup("\\South"), "Inner");
+    MakeGroup(inner, "Deep").AddSite(MakeSite("Deep Gauge", "0311 555 1003"));
+    inner.AddSite(MakeSite("Inner Gauge", "0311 555 1004"));
+    form_->FillTree();
+    QTreeWidgetItem* south = Node("\\South");
+    south->setExpanded(true);
+    QTreeWidgetItem* innerNode = Node("\\South\\Inner");
+    ASSERT_NE(innerNode, nullptr);
+    EXPECT_EQ(ChildTexts(innerNode), (QStringList{"Deep", "Inner Gauge"}));
+    innerNode->setExpanded(true);
+    QTreeWidgetItem* deep = Node("\\South\\Inner\\Deep\\Deep Gauge");
+    ASSERT_NE(deep, nullptr);
+    EXPECT_EQ(ui::ImageKey(deep), "SITE");
+    ClickNode(deep);
+    EXPECT_EQ(ParameterRows().last(), "PHONENUMBER=0311 555 1003");
+    // A deeper group's node, once deleted, stays gone when its parent is closed and opened again.
+    ClickNode(innerNode);
+    ui_->QueueMessageResult(MessageResult::OK);
+    Button("DELETEGROUP")->trigger();
+    south->setExpanded(false);
+    south->setExpanded(true);
+    EXPECT_EQ(Node("\\South\\Inner"), nullptr);
+}
+
 TEST_F(AddressBookEditor, EveryCloseRewritesTheFile) {
     Open();
     std::filesystem::remove(bookFile_);
