@@ -44,13 +44,20 @@ public:
     /// True once Cancel was pressed.
     bool CancelRequested() const noexcept { return cancel_; }
 
+    /// The import's latest message.
+
     QLabel* lblMessage = nullptr;
+    /// The share of schemes processed.
     ProgressPicture* picProgress = nullptr;
+    /// Cancel: stops the import at its next step.
     QPushButton* cmdCancel = nullptr;
 
 protected:
+    /// The import starts once the form is shown.
     void showEvent(QShowEvent* event) override;
+    /// The close box asks the import to stop; the form closes when it has.
     void closeEvent(QCloseEvent* event) override;
+    /// Escape during the import asks it to stop; the form closes when it completes.
     void reject() override;
 
 private:

@@ -31,10 +31,15 @@ public:
 protected:
     /// The row of `cmdOK` and `cmdCancel`, right-aligned, for the subclass's layout.
     QHBoxLayout* ButtonRow();
+    /// The close box counts as Cancel.
     void closeEvent(QCloseEvent* event) override;
+    /// Return presses OK, Escape Cancel.
     void keyPressEvent(QKeyEvent* event) override;
 
+    /// The OK button.
+
     QPushButton* cmdOK = nullptr;
+    /// The Cancel button.
     QPushButton* cmdCancel = nullptr;
 
 private:
