@@ -20,9 +20,11 @@
 namespace {
 
 const char kUsage[] =
-    "usage: meridex-desk [--workspace DIR] [--profile KEY] [--screenshot FILE] [--prepare]\n"
+    "Usage: meridex-desk [--workspace DIR] [--profile KEY] [--screenshot FILE] [--prepare]\n"
+    "\n"
     "Meridex Desk: the settings, address book, communications map and scheme folders of data logger\n"
     "software on one workspace folder.\n"
+    "\n"
     "  --workspace DIR    the workspace folder (default: $XDG_DATA_HOME/meridex/workspace,\n"
     "                     made from the demo workspace on first use)\n"
     "  --profile KEY      make the profile of that key current first\n"

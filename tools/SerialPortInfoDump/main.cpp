@@ -18,7 +18,8 @@ int main(int argc, char** argv) {
     const std::vector<std::string> arguments = Platform::Utf8Arguments(argc, argv);
     std::string folder = arguments.size() > 1 ? arguments[1] : PortsFile::Folder(Platform::ProgramFolder());
     if (folder == "-h" || folder == "--help") {
-        std::printf("usage: SerialPortInfoDump [FOLDER]\n"
+        std::printf("Usage: SerialPortInfoDump [FOLDER]\n"
+                    "\n"
                     "Writes FOLDER/ports.txt, one line \"COM<n>|<description>\" per serial port present, numbered as\n"
                     "the Meridex library numbers them. The file appears complete or not at all. FOLDER defaults to\n"
                     "the program's own folder, or a per-user one ($XDG_RUNTIME_DIR/meridex, else\n"
