@@ -136,7 +136,7 @@ for kind in "${kinds[@]}"; do
     for name in libmeridex0 libmeridex-dev libmeridex-ui0 libmeridex-ui-dev meridex meridex-ui python3-meridex; do
       [ -f "$debs/${name}_${version}_${arch}.deb" ] || fail "make package did not make ${name}_${version}_${arch}.deb"
     done
-    for name in libmeridex0 libmeridex-ui0 meridex meridex-ui; do
+    for name in libmeridex0 libmeridex-ui0 meridex meridex-ui python3-meridex; do
       [ -f "$debs/${name}-dbgsym_${version}_${arch}.deb" ] || fail "no debug symbols package for $name"
     done
     ! grep -qi 'qt6' <<<"$(dpkg-deb -f "$debs/libmeridex0_${version}_${arch}.deb" Depends)" || fail "libmeridex0 depends on Qt"
@@ -145,7 +145,7 @@ for kind in "${kinds[@]}"; do
     start=$SECONDS
     lintian --fail-on error,warning "$debs"/*.deb >"$work/lintian.log" 2>&1 \
       || { cat "$work/lintian.log"; fail "lintian found errors or warnings"; }
-    echo "   lintian in $((SECONDS - start)) s: $(grep -c . "$work/lintian.log" || true) remarks below warning level"
+    echo "   lintian in $((SECONDS - start)) s: no error or warning"
     if [ "$(id -u)" -eq 0 ] && unshare -m true 2>/dev/null; then
       start=$SECONDS
       unshare -m --propagation private "$0" --installed "$src" "$debs" "$work" || fail "the installed packages failed"
