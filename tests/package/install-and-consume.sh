@@ -76,7 +76,7 @@ if [ "${1:-}" = --installed ]; then
   multiarch=$(dpkg-architecture -qDEB_HOST_MULTIARCH)
   libdir=/usr/lib/$multiarch
   # Where the loader finds a system library (/lib is /usr/lib on a merged system).
-  from_system() { ldd "$1" | grep -qE "^\s*$2 => (/usr)?/lib/$multiarch/$2 "; }
+  from_system() { grep -qE "^\s*$2 => (/usr)?/lib/$multiarch/$2 " <<<"$(ldd "$1")"; }
   from_system "$work/embed-installed/embed" libmeridex.so.0 || fail "examples/embed is not linked to the system's libmeridex.so.0"
   leaked=$(nm -DC --defined-only "$libdir/libmeridex.so.0" | grep -vcE ' (meridex::|(typeinfo|typeinfo name|vtable|VTT) for meridex::)' || true)
   [ "$leaked" -eq 0 ] || fail "libmeridex.so.0 exports $leaked symbols outside the meridex namespace"
