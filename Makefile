@@ -53,11 +53,10 @@ fuzz: bootstrap
 	cmake --build --preset fuzz -j $(JOBS)
 	scripts/fuzz
 
-# Debian packages in build/package: meridex_<version>_<arch>.deb and meridex-dev_...
+# Debian packages in build/package (dpkg-buildpackage with debian/ on a copy of the tree): libmeridex0,
+# libmeridex-dev, libmeridex-ui0, libmeridex-ui-dev, meridex, meridex-ui, python3-meridex and their -dbgsym.
 package: bootstrap
-	cmake --preset package
-	cmake --build --preset package -j $(JOBS)
-	cd build/package && cpack -G DEB
+	JOBS=$(JOBS) scripts/package build/package
 
 # The API reference of the installed headers, in build/docs/html; fails on any Doxygen warning.
 docs: bootstrap

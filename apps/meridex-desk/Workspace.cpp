@@ -16,9 +16,8 @@ namespace meridex::desk {
 
 namespace {
 
-// What a new workspace takes from the demo (from, to); the demo's test files (entity bombs) stay behind.
-constexpr std::pair<const char*, const char*> kCopied[] = {
-    {"settings", "settings"}, {"schemes", "schemes"}, {"firmware", "firmware"}, {"comms/CommsProfiles.xml", "CommsProfiles.xml"}};
+// What a new workspace takes from the demo, itself a workspace; the demo's test files (entity bombs) stay behind.
+constexpr const char* kCopied[] = {"settings", "schemes", "firmware", "CommsProfiles.xml", "AddressBook.xml"};
 
 bool IsEmptyFolder(const fs::path& folder) {
     std::error_code ec;
@@ -43,11 +42,8 @@ fs::path Workspace::DefaultFolder() {
 
 fs::path Workspace::DemoFolder() {
     if (const char* dir = std::getenv("MERIDEX_DEMO_DIR"); dir && *dir) return dir;
-    std::error_code ec;
-#ifdef MERIDEX_DESK_DEMO_DIR
-    if (fs::is_directory(MERIDEX_DESK_DEMO_DIR, ec)) return MERIDEX_DESK_DEMO_DIR;
-#endif
-    return fs::path(Platform::ProgramFolder()) / ".." / "share" / "meridex" / "demo";
+    // Where the install puts it, relative to the program's folder (bin/../share/meridex/demo).
+    return (fs::path(Platform::ProgramFolder()) / MERIDEX_DESK_DEMO_FROM_PROGRAM).lexically_normal();
 }
 
 bool Workspace::Prepare(const fs::path& demo, std::string* error) const {
@@ -59,16 +55,16 @@ bool Workspace::Prepare(const fs::path& demo, std::string* error) const {
         return false;
     }
     if (fresh && fs::is_directory(demo, ec)) {
-        for (const auto& [name, to] : kCopied) {
+        for (const char* name : kCopied) {
             const fs::path from = demo / name;
             if (!fs::exists(from, ec)) continue;
-            fs::copy(from, folder_ / to, fs::copy_options::recursive | fs::copy_options::skip_existing, ec);
+            fs::copy(from, folder_ / name, fs::copy_options::recursive | fs::copy_options::skip_existing, ec);
             if (ec) {
                 if (error) *error = "Cannot copy " + from.string() + " into the workspace: " + ec.message();
                 return false;
             }
         }
-        // The demo's address book is made as a host's user makes one: imported from the schemes it keeps.
+        // A demo without an address book gets one as a host's user makes one: imported from the schemes it keeps.
         if (fs::is_directory(demo / "import", ec) && !fs::exists(AddressBookFile(), ec)) {
             AddressBook book;
             book.LoadAddressBook(AddressBookFile().string());

@@ -18,8 +18,8 @@ public:
 
     /// $XDG_DATA_HOME/meridex/workspace, or ~/.local/share/meridex/workspace when XDG_DATA_HOME is unset.
     static std::filesystem::path DefaultFolder();
-    /// The demo workspace new workspaces are made from (its address book imported from its import folder): $MERIDEX_DEMO_DIR when set, else the examples/demo
-    /// folder this program was built from, else the one installed beside it.
+    /// The demo workspace new workspaces are made from: $MERIDEX_DEMO_DIR when set, else the one installed
+    /// with the program (PREFIX/share/meridex/demo).
     static std::filesystem::path DemoFolder();
 
     /// Makes the folder ready: a folder that does not exist yet (or is empty) is filled from demo;

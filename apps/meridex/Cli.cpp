@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -134,10 +135,38 @@ void RequireRead(const std::string& file, std::string_view root, std::string_vie
     if (const std::optional<std::string> problem = Problem(file, root, kind)) throw Failure(kBadInput, *problem);
 }
 
+// Every command's own help, depth first, each under its full name: what --help-all prints and the man
+// page is made from, so the page lists every option of every command as the commands define them.
+void PrintEveryHelp(const CLI::App& command) {
+    if (command.get_parent() == nullptr) {
+        std::cout << command.help() << "\n";
+    } else {
+        std::string name = command.get_name();
+        for (const CLI::App* up = command.get_parent(); up != nullptr; up = up->get_parent()) name = up->get_name() + " " + name;
+        std::cout << name << ":\n";
+        std::istringstream lines(command.help());
+        for (std::string line; std::getline(lines, line);) {
+            line.erase(line.find_last_not_of(' ') + 1);
+            if (line.empty() || line.find("--help") != std::string::npos || line.back() == ':') continue;
+            if (line.rfind("Usage: ", 0) == 0) {
+                const std::size_t rest = line.find(' ', 7);
+                line = "\n  " + name + (rest == std::string::npos ? "" : line.substr(rest)) + "\n";
+            } else if (line.front() != ' ') {
+                line = "  " + line;  // the description
+            } else if (line.find("  ", line.find_first_not_of(' ')) == std::string::npos) {
+                line += "\n";  // an argument without a description of its own
+            }
+            std::cout << line << "\n";
+        }
+        std::cout << "\n";
+    }
+    for (const CLI::App* sub : command.get_subcommands([](const CLI::App*) { return true; })) PrintEveryHelp(*sub);
+}
+
 int Execute(CLI::App& app, const int& exitCode, int argc, char** argv) {
     app.set_version_flag("--version", std::string("meridex ") + meridex::VersionText());
     app.require_subcommand(1);
-    app.set_help_all_flag("--help-all", "Print the help of every command and exit");
+    app.add_flag("--help-all")->description("Print the help of every command and exit");
     app.footer(Footer());
     // Windows hands the arguments over in the ANSI code page; the library speaks UTF-8.
     std::vector<std::string> words = meridex::Platform::Utf8Arguments(argc, argv);
@@ -145,12 +174,15 @@ int Execute(CLI::App& app, const int& exitCode, int argc, char** argv) {
     for (std::string& word : words) pointers.push_back(word.data());
     pointers.push_back(nullptr);
     const int count = static_cast<int>(words.size());
+    if (count == 2 && words[1] == "--help-all") {
+        app.name("meridex");
+        PrintEveryHelp(app);
+        return 0;
+    }
     try {
         CheckCommandWords(app, count, pointers.data());
         app.parse(count, pointers.data());
     } catch (const CLI::CallForHelp& e) {
-        return app.exit(e);
-    } catch (const CLI::CallForAllHelp& e) {
         return app.exit(e);
     } catch (const CLI::CallForVersion& e) {
         return app.exit(e);

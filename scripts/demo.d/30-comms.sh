@@ -2,7 +2,7 @@
 # The communications map: this PC's serial ports under stable COM numbers, the
 # map kept in step with them, a device added, and a foreign scheme mapped.
 set -euo pipefail
-map="$WORK/comms/CommsProfiles.xml"
+map="$WORK/CommsProfiles.xml"
 scheme="$WORK/comms/Scheme.XML"
 ini="$XDG_CONFIG_HOME/meridex/meridexv4.ini"
 

@@ -1,4 +1,5 @@
-"""The bash completion knows every command and option the tool's own help lists."""
+"""The bash completion and the man page know every command and option the tool's own help lists."""
+import os
 import re
 import subprocess
 from pathlib import Path
@@ -38,8 +39,23 @@ def test_completion_offers_device_kinds(ws):
     assert complete("comms", "add", "map.xml", "") == {"direct", "modem", "udp", "tcp", "gprs"}
 
 
-def test_the_man_page_holds_the_commands_and_exit_codes(ws):
-    import os
-    page = Path(os.environ["MERIDEX_MAN"]).read_text()
-    for word in ("settings", "book", "comms", "sync", "Exit codes", "unreadable or of another kind", "\\-\\-force"):
+def man_sections():
+    """The man page's text under each command's heading ("meridex settings get"), roff escapes undone."""
+    page = Path(os.environ["MERIDEX_MAN"]).read_text().replace("\\-", "-")
+    parts = re.split(r'^\.SS "(meridex [a-z0-9 -]+):"$', page, flags=re.M)
+    return page, dict(zip(parts[1::2], parts[2::2]))
+
+
+def test_the_man_page_lists_every_command_with_every_option(ws):
+    page, sections = man_sections()
+    for word in ("Exit codes", "unreadable or of another kind", "--force"):
         assert word in page, word
+    pending = [()]
+    while pending:
+        command = pending.pop()
+        subcommands, options = help_of(ws, *command)
+        if command:
+            section = sections.get(" ".join(("meridex",) + command))
+            assert section is not None, command
+            assert options - {"--help"} <= set(re.findall(r"--[a-z][a-z-]*", section)), command
+        pending.extend(command + (sub,) for sub in subcommands)

@@ -17,7 +17,16 @@ int main(int argc, char** argv) {
     using namespace meridex;
     const std::vector<std::string> arguments = Platform::Utf8Arguments(argc, argv);
     std::string folder = arguments.size() > 1 ? arguments[1] : PortsFile::Folder(Platform::ProgramFolder());
-    if (arguments.size() > 2 || folder.empty() || folder == "-h" || folder == "--help") {
+    if (folder == "-h" || folder == "--help") {
+        std::printf("Usage: SerialPortInfoDump [FOLDER]\n"
+                    "\n"
+                    "Writes FOLDER/ports.txt, one line \"COM<n>|<description>\" per serial port present, numbered as\n"
+                    "the Meridex library numbers them. The file appears complete or not at all. FOLDER defaults to\n"
+                    "the program's own folder, or a per-user one ($XDG_RUNTIME_DIR/meridex, else\n"
+                    "$XDG_CACHE_HOME/meridex) when that is not writable. meridex comms scan starts it.\n");
+        return 0;
+    }
+    if (arguments.size() > 2 || folder.empty()) {
         std::fprintf(stderr, "usage: SerialPortInfoDump [FOLDER]\n");
         return 2;
     }

@@ -101,27 +101,50 @@ public:
     /// Every close (Exit, the close box, Escape, done()) saves first (see Form_QueryUnload).
     void done(int result) override;
 
+    /// The menu bar: File and Edit.
+
     QMenuBar* MenuBar = nullptr;
+    /// The toolbar: the Edit menu's commands as buttons.
     QToolBar* Toolbar1 = nullptr;
+    /// Splits the tree of groups from the right-hand pane.
     QSplitter* Splitter1 = nullptr;
+    /// The tree of groups and sites.
     QTreeWidget* tvGroups = nullptr;
+    /// The right-hand pane: the group list or the site's parameters.
     QWidget* picRHPane = nullptr;
+    /// The page of the selected group's contents.
     QWidget* picGroupList = nullptr;
+    /// The title of the group's contents.
     QLabel* lblGroupList = nullptr;
+    /// The groups and sites of the selected group.
     QTreeWidget* lvGroupList = nullptr;
+    /// The page of the selected site's parameters.
     QWidget* picSiteList = nullptr;
+    /// The title of the site's parameters.
     QLabel* lblProfileList = nullptr;
+    /// The selected site's parameters, name and value.
     QTreeWidget* lvProfileElements = nullptr;
+    /// The File menu.
     QMenu* mnuFile = nullptr;
+    /// File > Import: sites from the schemes of a folder.
     QAction* mnuImport = nullptr;
+    /// File > Exit: saves and closes.
     QAction* mnuExit = nullptr;
+    /// The Edit menu, enabled by the kind of the selected node.
     QMenu* mnuEdit = nullptr;
+    /// Edit > Add Group.
     QAction* mnuAddGroup = nullptr;
+    /// Edit > Delete Group.
     QAction* mnuDeleteGroup = nullptr;
+    /// Edit > Add Site.
     QAction* mnuAddSite = nullptr;
+    /// Edit > Delete Site.
     QAction* mnuDeleteSite = nullptr;
+    /// Edit > Add Parameter.
     QAction* mnuAddParameter = nullptr;
+    /// Edit > Delete Parameter.
     QAction* mnuDeleteParameter = nullptr;
+    /// Edit > Edit Parameter: a new value for the selected parameter.
     QAction* mnuEditParameter = nullptr;
 
 private:

@@ -50,13 +50,20 @@ public:
     std::size_t SchemesFound() const noexcept { return schemesFound_; }
     std::size_t SitesAdded() const noexcept { return sitesAdded_; }
 
+    /// The import's latest message.
+
     QLabel* lblMessage = nullptr;
+    /// The share of schemes processed.
     ProgressPicture* picProgress = nullptr;
+    /// Cancel: stops the import at its next step.
     QPushButton* cmdCancel = nullptr;
 
 protected:
+    /// The import starts once the form is shown.
     void showEvent(QShowEvent* event) override;
+    /// The close box asks the import to stop; the form closes when it has.
     void closeEvent(QCloseEvent* event) override;
+    /// Escape during the import asks it to stop; the form closes when it completes.
     void reject() override;
 
 private:

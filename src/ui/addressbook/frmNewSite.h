@@ -36,8 +36,12 @@ public:
     /// A row of `lvDevices` was chosen: `picInfo` shows its profile.
     void lvDevices_ItemClick();
 
+    /// The new site's name.
+
     QLineEdit* txtName = nullptr;
+    /// The devices of the communications map to choose from.
     QTreeWidget* lvDevices = nullptr;
+    /// The chosen device's profile.
     ProfileInfoPanel* picInfo = nullptr;
 
 private:

@@ -44,13 +44,20 @@ public:
     /// A double click closes when a profile is selected and a node is under the last mouse position.
     void tvGroups_DblClick();
 
+    /// Escape closes with no site chosen.
+
     void reject() override;
 
+    /// The tree of groups and sites.
+
     QTreeWidget* tvGroups = nullptr;
+    /// The selected site's profile.
     ProfileInfoPanel* picInfo = nullptr;
 
 protected:
+    /// The close box hides the dialog with no site chosen, so the caller can still read it.
     void closeEvent(QCloseEvent* event) override;
+    /// Follows the mouse over the tree, for the double click.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

@@ -39,6 +39,7 @@ public:
     void setErrHandler(ErrorHandler* handler) { errHandler_ = handler; }
     /// The folder (or file) whose firmware files are offered.
     void setFirmwareFilesPath(const std::string& path) { firmwareFilesPath_ = path; }
+    /// The folder (or file) whose firmware files are offered.
     const std::string& FirmwareFilesPath() const noexcept { return firmwareFilesPath_; }
 
     /// Identifies the logger and lists the files for it.
@@ -61,21 +62,36 @@ public:
     /// How the last upgrade ended (Ok before any).
     const UpgradeResult& LastResult() const noexcept { return last_; }
 
+    /// The logger's model.
+
     QLabel* lblModel = nullptr;
+    /// The logger's serial number.
     QLabel* lblSerial = nullptr;
+    /// The firmware version the logger runs.
     QLabel* lblVersion = nullptr;
+    /// Whether the logger runs its application or waits in its loader.
     QLabel* lblMode = nullptr;
+    /// The firmware folder (or file) offered.
     QLabel* lblFolder = nullptr;
+    /// The firmware files that fit the logger, newest first.
     QTreeWidget* lvFiles = nullptr;
+    /// Browse: another folder or file.
     QPushButton* cmdBrowse = nullptr;
+    /// Upgrade: loads the selected file.
     QPushButton* cmdUpgrade = nullptr;
+    /// The step of the upgrade in progress.
     QLabel* lblStep = nullptr;
+    /// The blocks loaded so far.
     QProgressBar* pbProgress = nullptr;
+    /// How the last upgrade ended.
     QLabel* lblResult = nullptr;
+    /// Cancel: stops a load at the next block, else closes.
     QPushButton* cmdCancel = nullptr;
 
 protected:
+    /// The close box, while loading, asks the load to stop at the next block and keeps the window open.
     void closeEvent(QCloseEvent* event) override;
+    /// Escape, while loading, asks the load to stop; otherwise it closes the dialog.
     void reject() override;
 
 private:

@@ -32,10 +32,15 @@ protected:
     /// The row of `cmdOK` and `cmdCancel`, right-aligned, for the subclass's layout; made after the
     /// fields, it puts the two buttons last in the Tab order, so the focus starts in the first field.
     QHBoxLayout* ButtonRow();
+    /// The close box counts as Cancel.
     void closeEvent(QCloseEvent* event) override;
+    /// Return presses OK, Escape Cancel.
     void keyPressEvent(QKeyEvent* event) override;
 
+    /// The OK button.
+
     QPushButton* cmdOK = nullptr;
+    /// The Cancel button.
     QPushButton* cmdCancel = nullptr;
 
 private:

@@ -25,6 +25,7 @@ public:
     QSize sizeHint() const override;
 
 protected:
+    /// Draws the bar and its text.
     void paintEvent(QPaintEvent* event) override;
 
 private:

@@ -12,9 +12,13 @@ namespace meridex::ui {
 class MERIDEX_UI_EXPORT frmEnterPassword : public CancellableDialog {
     Q_OBJECT
 public:
+    /// A dialog with an empty password box.
     explicit frmEnterPassword(QWidget* parent = nullptr);
 
+    /// The prompt.
+
     QLabel* Label1 = nullptr;
+    /// The password, shown as dots.
     QLineEdit* txtPassword = nullptr;
 };
 

@@ -13,11 +13,17 @@ namespace meridex::ui {
 class MERIDEX_UI_EXPORT frmSetPassword : public CancellableDialog {
     Q_OBJECT
 public:
+    /// A dialog with two empty password boxes.
     explicit frmSetPassword(QWidget* parent = nullptr);
 
+    /// The prompt of the first entry.
+
     QLabel* Label1 = nullptr;
+    /// The new password, shown as dots.
     QLineEdit* txtPassword = nullptr;
+    /// The prompt of the second entry.
     QLabel* Label2 = nullptr;
+    /// The new password again, shown as dots.
     QLineEdit* txtPassword2 = nullptr;
 };
 

@@ -12,15 +12,20 @@ namespace meridex::ui {
 class MERIDEX_UI_EXPORT frmV4InputBox : public CancellableDialog {
     Q_OBJECT
 public:
+    /// A dialog with an empty prompt and entry.
     explicit frmV4InputBox(QWidget* parent = nullptr);
 
     /// Only digits can be typed into `txtInput` when true.
     void setNumbersOnly(bool numbersOnly);
+    /// True when only digits can be typed.
     bool NumbersOnly() const;
     /// The most characters `txtInput` takes; 0 or less means no limit.
     void setMaxLength(int maxLength);
 
+    /// The prompt.
+
     QLabel* lblPrompt = nullptr;
+    /// The entry.
     QLineEdit* txtInput = nullptr;
 };
 
