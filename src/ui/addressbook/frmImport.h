@@ -44,10 +44,11 @@ public:
     void cmdCancel_Click();
     /// True once Cancel was pressed.
     bool CancelRequested() const noexcept { return cancel_; }
-    /// After StartImport: whether the import was stopped by Cancel, how many schemes it found and
-    /// how many sites it added.
+    /// After StartImport: whether the import was stopped by Cancel.
     bool Cancelled() const noexcept { return cancelled_; }
+    /// After StartImport: how many schemes it found.
     std::size_t SchemesFound() const noexcept { return schemesFound_; }
+    /// After StartImport: how many sites it added.
     std::size_t SitesAdded() const noexcept { return sitesAdded_; }
 
     /// The import's latest message.
