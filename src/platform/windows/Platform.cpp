@@ -18,10 +18,13 @@ std::shared_ptr<SerialPortSource> DefaultSerialPortSource(std::shared_ptr<UserSt
 
 std::string CompanionProgramName() { return "SerialPortInfoDump.exe"; }
 
-std::string ProgramFolder() {
+namespace {
+
+// The folder of the module (program or DLL) file, "" when Windows cannot tell.
+std::string ModuleFolder(HMODULE module) {
     std::wstring path(MAX_PATH, L'\0');
     for (;;) {
-        const DWORD length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        const DWORD length = ::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
         if (length == 0) return {};
         if (length < path.size()) {
             path.resize(length);
@@ -31,6 +34,19 @@ std::string ProgramFolder() {
     }
     const std::size_t slash = path.find_last_of(L"\\/");
     return slash == std::wstring::npos ? std::string() : Wide::ToUtf8(path.substr(0, slash));
+}
+
+}  // namespace
+
+std::string ProgramFolder() { return ModuleFolder(nullptr); }
+
+std::string LibraryFolder() {
+    // The module that holds this very function: the DLL when the library is one, else the program.
+    HMODULE self = nullptr;
+    if (!::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                              reinterpret_cast<LPCWSTR>(&LibraryFolder), &self))
+        return ProgramFolder();
+    return ModuleFolder(self);
 }
 
 std::vector<std::string> Utf8Arguments(int argc, char** argv) {
