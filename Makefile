@@ -1,7 +1,7 @@
 # The two commands: `make demo` and `make test`. Both install what they need first.
 JOBS ?= $(shell nproc)
 
-.PHONY: demo test soak soak-shared screenshots windows test-windows bootstrap-windows bootstrap build-dev build-ci build-demo build-desk bench package docs fuzz clean
+.PHONY: demo test coverage soak soak-shared screenshots windows test-windows bootstrap-windows bootstrap build-dev build-ci build-demo build-desk bench package docs fuzz clean
 
 # With a display: Meridex Desk on a copy of the demo workspace (the demo build leaves the dialogs
 # out, so the desk comes from the dev build). Without one (CI, a server): the command-line demo, then
@@ -17,6 +17,20 @@ demo: bootstrap
 
 test: bootstrap build-ci
 	ctest --preset ci -j $(JOBS)
+
+# Line and branch coverage of src/, apps/ and tools/ over the whole suite (but the package and pip
+# builds, which build the code again uninstrumented); HTML in build/coverage/html/index.html.
+GCOVR = gcovr -r . --object-directory build/coverage -j $(JOBS) --exclude-throw-branches --exclude-unreachable-branches
+coverage:
+	scripts/bootstrap coverage
+	cmake --preset coverage
+	cmake --build --preset coverage -j $(JOBS)
+	find build/coverage -name '*.gcda' -delete
+	ctest --preset coverage -j $(JOBS)
+	mkdir -p build/coverage/html
+	$(GCOVR) --filter 'src/' --filter 'apps/' --filter 'tools/' --html-details build/coverage/html/index.html --print-summary
+	@echo "src/ alone:"
+	@$(GCOVR) --filter 'src/' --print-summary -o /dev/null
 
 # The long runs: the shared-file soak below, then the monkey on every dialog for SOAK_ACTIONS random
 # actions (MERIDEX_MONKEY_SEED replays a run).
