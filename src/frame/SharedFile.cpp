@@ -60,7 +60,12 @@ std::string KeepConflictCopy(const std::string& target, const std::string& their
             std::error_code ec;
             std::filesystem::remove(utf8::ToPath(candidate), ec);  // a newer version meanwhile: copy theirs
         }
-        return FileOps::WriteFileAtomic(candidate, theirs) ? candidate : std::string();
+        // Written, the copy takes its name only while that name is still free,
+        // checked under the save lock: another writer keeping a copy in the
+        // same second takes the next name instead of replacing this one.
+        const auto stillFree = [](const std::string&, const std::string& name) { return !FileSystem::Exists(name); };
+        if (FileOps::WriteFileAtomicChecked(candidate, theirs, nullptr, stillFree)) return candidate;
+        if (!FileSystem::Exists(candidate)) return {};
     }
     return {};
 }
