@@ -40,8 +40,7 @@ bool AddressBook::LoadAddressBook(const std::string& path) {
         NewAddressBook();
         return false;
     }
-    std::string bytes;
-    XmlDocument loaded = shared_.Read(path, bytes) ? XmlDocument::Parse(bytes) : XmlDocument();
+    XmlDocument loaded = shared_.Read(path) ? XmlDocument::Parse(shared_.Base()) : XmlDocument();
     if (loaded.IsNull()) {
         unreadable_.Remember(path);
         NewAddressBook();

@@ -132,9 +132,8 @@ bool CommsProfileManager::LoadXMLMapFile(const std::string& XMLFile) {
     mapFile_ = XMLFile;
     std::error_code ec;
     bool exists = !XMLFile.empty() && fs::exists(utf8::ToPath(XMLFile), ec);
-    std::string bytes;
     shared_.NotRead(XMLFile);
-    XmlDocument document = exists && shared_.Read(XMLFile, bytes) ? XmlDocument::Parse(bytes) : XmlDocument();
+    XmlDocument document = exists && shared_.Read(XMLFile) ? XmlDocument::Parse(shared_.Base()) : XmlDocument();
     XmlNode root = document ? document.DocumentElement() : XmlNode();
     if (!root || root.Name() != kRoot) {
         if (exists) unreadable_.Remember(XMLFile);

@@ -106,15 +106,15 @@ std::string SharedFile::ErrorLogFile() {
     return gLogFile;
 }
 
-bool SharedFile::Read(const std::string& path, std::string& bytes) {
+bool SharedFile::Read(const std::string& path) {
     path_ = path;
     base_.clear();
     identity_ = {};
-    if (!FileSystem::ReadWithIdentity(path, bytes, identity_)) {
+    if (!FileSystem::ReadWithIdentity(path, base_, identity_)) {
+        base_.clear();
         identity_ = FileSystem::IdentityOf(path);  // there but unreadable: that version is what was seen
         return false;
     }
-    base_ = bytes;
     return true;
 }
 

@@ -21,9 +21,13 @@ public:
     /// (their version then goes to a conflict copy).
     using Merge = std::function<bool(const std::string& base, const std::string& theirs)>;
 
-    /// Reads path into bytes and remembers the version read (or that there
-    /// was no file); false when nothing could be read.
-    bool Read(const std::string& path, std::string& bytes);
+    /// Reads path and remembers the version read (or that there was no file);
+    /// false when nothing could be read. The bytes read are Base() until
+    /// setBase or a save replaces them, so a load parses them without a copy.
+    bool Read(const std::string& path);
+    /// The version merges compare against: the bytes read, setBase's or the
+    /// bytes last saved ("" when there is none).
+    const std::string& Base() const noexcept { return base_; }
     /// Remembers path as a file that had nothing to load (any version found at
     /// save counts as someone else's).
     void NotRead(const std::string& path);

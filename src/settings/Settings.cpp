@@ -131,27 +131,21 @@ void Settings::SetBoolean(std::string_view key, bool newValue, bool saveNull) {
 
 bool Settings::LoadSettings(const std::string& settingsFile) {
     bool loaded = false;
+    baseAsRead_ = false;
     try {
         shared_.NotRead(settingsFile);
-        std::string bytes;
         if (FileOps::FileExists(settingsFile)) {
-            const XmlDocument document = shared_.Read(settingsFile, bytes) ? XmlDocument::Parse(bytes) : XmlDocument();
-            const XmlNode root = document.DocumentNode().SelectSingle(kRoot);
+            const XmlDocument document = shared_.Read(settingsFile) ? XmlDocument::Parse(shared_.Base()) : XmlDocument();
+            XmlNode profiles;
+            const XmlNode root = AsLoaded(document, profiles);
             if (root) {
-                XmlNode profiles = root.SelectSingle(kProfiles);
-                // Already last (as every file saved here has it): moving it
-                // would change nothing but cost a walk of every profile.
-                const bool last = profiles && profiles.NextSibling().IsNull();
-                if (!profiles) profiles = XMLOps::CreateXMLElement(kProfiles);
-                // Appending moves an existing PROFILES behind every key.
-                if (last || root.AppendChild(profiles)) {
-                    root_ = root;
-                    profiles_.setXMLNode(profiles);
-                    current_ = Profile(XmlNode{});
-                    loaded = true;
-                    CompleteProfiles();
-                    shared_.setBase(root_.Xml());  // merges compare with the completed profiles
-                }
+                root_ = root;
+                profiles_.setXMLNode(profiles);
+                current_ = Profile(XmlNode{});
+                loaded = true;
+                // Merges compare with the completed profiles: the base is the
+                // bytes read, brought to this form only when a merge needs it.
+                baseAsRead_ = true;
             }
             // Whatever was there is not a settings document we can read: a
             // save must not replace it before it has been kept.
@@ -173,43 +167,87 @@ bool Settings::LoadSettings(const std::string& settingsFile) {
     return loaded;
 }
 
+// The settings root of a parsed file with PROFILES last and every profile
+// completed, as a load keeps it; a null view when it is no settings document.
+XmlNode Settings::AsLoaded(const XmlDocument& document, XmlNode& profiles) {
+    const XmlNode root = document.DocumentNode().SelectSingle(kRoot);
+    if (!root) return {};
+    profiles = root.SelectSingle(kProfiles);
+    // Already last (as every file saved here has it): moving it would change
+    // nothing but cost a walk of every profile.
+    const bool last = profiles && profiles.NextSibling().IsNull();
+    if (!profiles) profiles = XMLOps::CreateXMLElement(kProfiles);
+    // Appending moves an existing PROFILES behind every key.
+    if (!last && !root.AppendChild(profiles)) return {};
+    CompleteProfiles(profiles);
+    return root;
+}
+
 // Every loaded profile gains the catalogue features it lacks: administrator
 // values for "ADMINISTRATOR", lockdown values for "LOCKDOWN" (exact case),
-// default values for any other. The standard profiles are built once.
-void Settings::CompleteProfiles() const {
+// default values for any other.
+void Settings::CompleteProfiles(const XmlNode& profiles) {
+    // What the standard profiles say of each catalogue feature is the same for
+    // every load: kept as plain values for the process, never as views.
+    struct Availability {
+        bool administrator, lockdown, other;
+    };
+    static const std::vector<Availability> availability = [] {
+        const Profile administrator = V4StandardProfiles::GetDefaultAdministratorProfile();
+        const Profile lockdown = V4StandardProfiles::GetDefaultLockdownProfile();
+        const Profile standard = V4StandardProfiles::GetDefaultProfile();
+        std::vector<Availability> values;
+        for (XmlNode element = administrator.XMLNode().FirstChildElement("FEATURE"); element;
+             element = element.NextSiblingElement("FEATURE")) {
+            const Feature feature(element);
+            const std::string key = feature.Key();
+            values.push_back({feature.Available(), lockdown.FeatureAvailable(key), standard.FeatureAvailable(key)});
+        }
+        return values;
+    }();
     const Profile administrator = V4StandardProfiles::GetDefaultAdministratorProfile();
-    const Profile lockdown = V4StandardProfiles::GetDefaultLockdownProfile();
-    const Profile standard = V4StandardProfiles::GetDefaultProfile();
 
     std::vector<CatalogueFeature> catalogue;
     // Folded key and catalogue position, sorted, to mark what a profile has.
     std::vector<std::pair<std::string, std::size_t>> positions;
-    for (XmlNode element = administrator.XMLNode().FirstChildElement("FEATURE"); element;
-         element = element.NextSiblingElement("FEATURE")) {
+    std::vector<std::string> foldedInOrder;
+    for (XmlNode element = administrator.XMLNode().FirstChildElement("FEATURE");
+         element && catalogue.size() < availability.size(); element = element.NextSiblingElement("FEATURE")) {
         Feature feature(element);
-        const std::string key = feature.Key();
-        positions.emplace_back(Text::FoldCase(key), catalogue.size());
+        foldedInOrder.push_back(Text::FoldCase(feature.Key()));
+        positions.emplace_back(foldedInOrder.back(), catalogue.size());
         Feature unavailable = feature.Clone();
         unavailable.setAvailable(false);
-        catalogue.push_back({feature, unavailable, feature.Available(), lockdown.FeatureAvailable(key),
-                             standard.FeatureAvailable(key)});
+        const Availability& values = availability[catalogue.size()];
+        catalogue.push_back({feature, unavailable, values.administrator, values.lockdown, values.other});
     }
     std::sort(positions.begin(), positions.end());
 
     std::vector<bool> present(catalogue.size());
     std::string folded;
+    // A profile saved here lists its features in catalogue order: the next
+    // position is tried first, the sorted search only when it misses.
+    std::size_t next = 0;
     const auto mark = [&](std::string_view key) {
         FoldInto(key, folded);
+        if (next < foldedInOrder.size() && foldedInOrder[next] == folded) {
+            present[next++] = true;
+            return;
+        }
         const auto found = std::lower_bound(
             positions.begin(), positions.end(), folded,
             [](const auto& entry, const std::string& wanted) { return entry.first < wanted; });
-        if (found != positions.end() && found->first == folded) present[found->second] = true;
+        if (found != positions.end() && found->first == folded) {
+            present[found->second] = true;
+            next = found->second + 1;
+        }
     };
-    for (XmlNode element = profiles_.XMLNode().FirstChildElement("PROFILE"); element;
+    for (XmlNode element = profiles.FirstChildElement("PROFILE"); element;
          element = element.NextSiblingElement("PROFILE")) {
         const Profile profile(element);
         const std::string profileKey = profile.Key();
         std::fill(present.begin(), present.end(), false);
+        next = 0;
         KeyedElements::ForEachKey(element, "FEATURE", mark);
         for (std::size_t i = 0; i < catalogue.size(); ++i) {
             if (present[i]) continue;
@@ -233,9 +271,19 @@ bool Settings::SaveSettings(const std::string& newSettingsFile) {
         const auto merge = [this](const std::string& base, const std::string& theirs) {
             ThreeWayMerge::Rules rules;
             rules.descend = [](std::string_view name) { return name == kProfiles || name == "PROFILE"; };
-            return ThreeWayMerge::MergeDocuments(root_, base, theirs, rules);
+            std::string completedBase;
+            if (baseAsRead_) {
+                baseAsRead_ = false;
+                XmlNode profiles;
+                const XmlDocument document = XmlDocument::Parse(base);
+                const XmlNode root = document ? AsLoaded(document, profiles) : XmlNode();
+                if (root) completedBase = root.Xml();
+            }
+            return ThreeWayMerge::MergeDocuments(root_, completedBase.empty() ? base : completedBase, theirs, rules);
         };
-        return shared_.Save(path_, serialize, merge, "Settings:SaveSettings");
+        const bool saved = shared_.Save(path_, serialize, merge, "Settings:SaveSettings");
+        if (saved) baseAsRead_ = false;  // the base is now the bytes written
+        return saved;
     } catch (...) {
         return false;
     }

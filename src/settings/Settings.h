@@ -89,18 +89,23 @@ public:
 
 private:
     void Reset();
-    void CompleteProfiles() const;
+    static XmlNode AsLoaded(const XmlDocument& document, XmlNode& profiles);
+    static void CompleteProfiles(const XmlNode& profiles);
 
     XMLFactoryLease lease_;
     std::string path_;
     /// Files that existed but could not be read; each is copied aside before a
     /// save replaces it.
     UnreadableFiles unreadable_;
-    /// The version loaded, so a save merges what others saved since.
-    SharedFile shared_;
     XmlNode root_;
     ::meridex::Profiles profiles_;
     Profile current_{XmlNode{}};
+    /// The version loaded, so a save merges what others saved since. Last, so
+    /// its bytes are freed before the document's many small blocks: freed
+    /// after them, one large block makes malloc merge them all first.
+    SharedFile shared_;
+    /// The shared base is still the bytes read, not yet in the loaded form.
+    bool baseAsRead_ = false;
 };
 
 }  // namespace meridex

@@ -292,3 +292,29 @@ TEST(Settings, ShowProfileEditorRunsTheInstalledEditorThenSaves) {
 
 }  // namespace
 }  // namespace meridex
+
+namespace meridex {
+namespace {
+
+// Two people open one file whose profiles lack catalogue features: the
+// features completion adds are no change of either, so one person's change
+// of such a feature merges into the other's save without a conflict copy.
+TEST(Settings, CompletedFeaturesMergeWithoutAConflict) {
+    TempDir dir;
+    const std::string path = dir.Write("V4Settings.xml", kFieldCrew);
+    Settings ours, theirs;
+    ASSERT_TRUE(ours.LoadSettings(path));
+    ASSERT_TRUE(theirs.LoadSettings(path));
+    theirs.Profiles().Item("Field Crew").Item("V4_VIEW_DATA").setAvailable(false);
+    ASSERT_TRUE(theirs.SaveSettings());
+    ours.SetString("UNITS", "metric");
+    ASSERT_TRUE(ours.SaveSettings());
+    EXPECT_EQ(ours.ConflictCopy(), "");
+    Settings reread;
+    ASSERT_TRUE(reread.LoadSettings(path));
+    EXPECT_FALSE(reread.Profiles().Item("Field Crew").FeatureAvailable("V4_VIEW_DATA"));
+    EXPECT_EQ(reread.GetString("UNITS", ""), "metric");
+}
+
+}  // namespace
+}  // namespace meridex
