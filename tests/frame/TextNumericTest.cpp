@@ -10,17 +10,13 @@
 using namespace meridex;
 
 TEST(Text, CaseInsensitiveForAllOfUnicode) {
-    EXPECT_TRUE(Text::EqualsIgnoreCase("Ärzte", "äRZTE"));
-    EXPECT_TRUE(Text::EqualsIgnoreCase("ΣΊΣΥΦΟΣ", "σίσυφος"));
-    EXPECT_TRUE(Text::EqualsIgnoreCase("administrator", "ADMINISTRATOR"));
-    EXPECT_FALSE(Text::EqualsIgnoreCase("Pump", "Pump_1"));
-    EXPECT_FALSE(Text::EqualsIgnoreCase("a", "b"));
     // An ASCII start decides alone only where both texts are ASCII so far: a long s (U+017F) and a
     // Kelvin sign (U+212A) further on still fold to s and k.
-    EXPECT_TRUE(Text::EqualsIgnoreCase("V4_\u017FCHEME", "v4_scheme"));
-    EXPECT_TRUE(Text::EqualsIgnoreCase("ab\u212A", "ABk"));
-    EXPECT_FALSE(Text::EqualsIgnoreCase("ab", "ab\u017F"));
-    EXPECT_FALSE(Text::EqualsIgnoreCase("ab\u017Fx", "abSy"));
+    const struct { const char *a, *b; bool equal; } pairs[] = {
+        {"Ärzte", "äRZTE", true}, {"ΣΊΣΥΦΟΣ", "σίσυφος", true}, {"administrator", "ADMINISTRATOR", true},
+        {"Pump", "Pump_1", false}, {"a", "b", false}, {"V4_\u017FCHEME", "v4_scheme", true},
+        {"ab\u212A", "ABk", true}, {"ab", "ab\u017F", false}, {"ab\u017Fx", "abSy", false}};
+    for (const auto& p : pairs) EXPECT_EQ(Text::EqualsIgnoreCase(p.a, p.b), p.equal) << p.a << " " << p.b;
     EXPECT_EQ(Text::ToUpper("\\sub\\Site é.sxs"), "\\SUB\\SITE É.SXS");
     EXPECT_EQ(Text::FoldCase("MÜNCHEN"), Text::FoldCase("münchen"));
     EXPECT_TRUE(Text::IsValidUtf8("€"));
@@ -31,17 +27,13 @@ TEST(Text, CaseInsensitiveForAllOfUnicode) {
 }
 
 TEST(Numeric, LegacyNumberRules) {
-    EXPECT_EQ(Numeric::LeadingNumber("12abc"), 12);
-    EXPECT_EQ(Numeric::LeadingNumber("  -3.5e1x"), -35);
-    EXPECT_EQ(Numeric::LeadingNumber("TRUE"), 0);
-    EXPECT_EQ(Numeric::LeadingNumber("&H1F"), 31);
-    EXPECT_EQ(Numeric::LeadingNumber("&HFFFF"), -1);
-    EXPECT_EQ(Numeric::LeadingNumber(""), 0);
-    EXPECT_TRUE(Numeric::IsNumeric(" -1 "));
-    EXPECT_TRUE(Numeric::IsNumeric("2.5"));
-    EXPECT_FALSE(Numeric::IsNumeric("True"));
-    EXPECT_FALSE(Numeric::IsNumeric(""));
-    EXPECT_FALSE(Numeric::IsNumeric("1x"));
+    const struct { const char* text; double leading; bool numeric; } numbers[] = {
+        {"12abc", 12, false}, {"  -3.5e1x", -35, false}, {"TRUE", 0, false}, {"&H1F", 31, true},
+        {"&HFFFF", -1, true}, {"", 0, false}, {" -1 ", -1, true}, {"2.5", 2.5, true}, {"1x", 1, false}};
+    for (const auto& n : numbers) {
+        EXPECT_EQ(Numeric::LeadingNumber(n.text), n.leading) << n.text;
+        EXPECT_EQ(Numeric::IsNumeric(n.text), n.numeric) << n.text;
+    }
     EXPECT_EQ(Numeric::ToInt16(2.5), 2);
     EXPECT_EQ(Numeric::ToInt16(-2.5), -2);
     EXPECT_EQ(Numeric::ToInt16(32767.4), 32767);

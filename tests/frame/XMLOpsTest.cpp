@@ -24,26 +24,21 @@ struct Doc {
 
 TEST(XMLOps, SetRuleDropsEmptyAndZeroUnlessForced) {
     Doc d;
-    SetXMLValue(d.node, "A", "", false);
-    EXPECT_TRUE(d.node.SelectSingle("A").IsNull());
-    SetXMLValue(d.node, "Z", "0", false);
-    EXPECT_TRUE(d.node.SelectSingle("Z").IsNull());
-    EXPECT_FALSE(d.Changed());  // deletions leave no mark
-
-    SetXMLValue(d.node, "A", "", true);
-    EXPECT_EQ(d.node.SelectSingle("A").Xml(), "<A/>");
-    EXPECT_TRUE(d.Changed());
-    SetXMLValue(d.node, "Z", "0", true);
-    EXPECT_EQ(d.node.SelectSingle("Z").Text(), "0");
-
-    d.ClearMark();
-    SetXMLValue(d.node, "Z", "5", false);
-    EXPECT_TRUE(d.Changed());
-    d.ClearMark();
-    SetXMLValue(d.node, "Z", "5", false);  // same value: no mark
-    EXPECT_FALSE(d.Changed());
-    SetXMLValue(d.node, "z", "5", false);  // names are exact: a new element
-    EXPECT_EQ(d.node.SelectSingle("z").Text(), "5");
+    const struct { const char *name, *value; bool force; const char* xml; bool marked; } steps[] = {
+        {"A", "", false, "", false},  // deleted, and deletions leave no mark
+        {"Z", "0", false, "", false},
+        {"A", "", true, "<A/>", true},
+        {"Z", "0", true, "<Z>0</Z>", true},
+        {"Z", "5", false, "<Z>5</Z>", true},
+        {"Z", "5", false, "<Z>5</Z>", false},  // same value: no mark
+        {"z", "5", false, "<z>5</z>", true},   // names are exact: a new element
+    };
+    for (const auto& s : steps) {
+        d.ClearMark();
+        SetXMLValue(d.node, s.name, s.value, s.force);
+        EXPECT_EQ(d.node.SelectSingle(s.name).Xml(), s.xml) << s.name << "=" << s.value;
+        EXPECT_EQ(d.Changed(), s.marked) << s.name << "=" << s.value;
+    }
     // Names that are not element names create nothing, and never throw.
     SetXMLValue(d.node, "1 bad", "v", true);
     EXPECT_EQ(d.node.CountChildElements(), 3u);
@@ -71,34 +66,25 @@ TEST(XMLOps, ReadersWriteTheirDefaults) {
 
 TEST(XMLOps, NumbersAndBooleansReadTheLegacyWay) {
     Doc d;
-    const auto integer = [&](const char* text) {
+    const auto read = [&](const char* text) {
         SetXMLValue(d.node, "N", text, true);
         return ReadXMLInteger(d.node, "N", 7, false);
     };
-    EXPECT_EQ(integer("300"), 300);
-    EXPECT_EQ(integer("03"), 3);
-    EXPECT_EQ(integer("x"), 0);
-    EXPECT_EQ(integer(""), 0);
-    EXPECT_EQ(integer("2.5"), 2);
-    EXPECT_EQ(integer("3.5"), 4);
-    EXPECT_EQ(integer("12abc"), 12);
+    const std::pair<const char*, int> integers[] = {{"300", 300}, {"03", 3}, {"x", 0}, {"", 0},
+                                                    {"2.5", 2}, {"3.5", 4}, {"12abc", 12}};
+    for (const auto& [text, value] : integers) EXPECT_EQ(read(text), value) << text;
     try {
-        integer("99999");
+        read("99999");
         FAIL() << "no overflow";
     } catch (const Error& e) {
         EXPECT_EQ(e.Number(), ErrorNumber::Overflow);
     }
-    const auto boolean = [&](const char* text) {
+    const std::pair<const char*, bool> booleans[] = {{"1", true}, {"-1", true}, {"2.5", true}, {"0", false},
+                                                     {"true", true}, {"True", true}, {"yes", false}};
+    for (const auto& [text, value] : booleans) {
         SetXMLValue(d.node, "F", text, true);
-        return ReadXMLBoolean(d.node, "F", false, false);
-    };
-    EXPECT_TRUE(boolean("1"));
-    EXPECT_TRUE(boolean("-1"));
-    EXPECT_TRUE(boolean("2.5"));
-    EXPECT_FALSE(boolean("0"));
-    EXPECT_TRUE(boolean("true"));
-    EXPECT_TRUE(boolean("True"));
-    EXPECT_FALSE(boolean("yes"));
+        EXPECT_EQ(ReadXMLBoolean(d.node, "F", false, false), value) << text;
+    }
 }
 
 TEST(XMLOps, WritersAlwaysMarkAndStoreZero) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <functional>
 
 #include <meridex/frame/XMLFactoryLease.h>
 #include <meridex/frame/XMLOps.h>
@@ -8,8 +9,8 @@
 
 using namespace meridex;
 
-TEST(XmlView, ViewsShareOneNodeAndNullViewsAreHarmless) {
-    XmlDocument doc = XmlDocument::Parse("<ROOT><NAME>a</NAME></ROOT>");
+TEST(XmlView, ViewsShareOneNodeClonesAreDeepAndNullViewsAreHarmless) {
+    XmlDocument doc = XmlDocument::Parse("<ROOT><NAME>a</NAME><F><KEY>k</KEY></F></ROOT>");
     ASSERT_TRUE(doc);
     XmlNode first = doc.DocumentElement().SelectSingle("NAME");
     XmlNode second = doc.DocumentElement().FirstChildElement();
@@ -17,8 +18,16 @@ TEST(XmlView, ViewsShareOneNodeAndNullViewsAreHarmless) {
     first.setText("changed");
     EXPECT_EQ(second.Text(), "changed");
 
+    XmlNode f = doc.DocumentElement().SelectSingle("F");
+    XmlNode copy = f.CloneNode(true);
+    EXPECT_TRUE(copy.Parent().IsNull());
+    copy.SelectSingle("KEY").setText("other");
+    EXPECT_EQ(f.SelectSingle("KEY").Text(), "k");
+    EXPECT_EQ(f.CloneNode(false).Xml(), "<F/>");
+    EXPECT_EQ(doc.DocumentNode().NodeType(), XmlNodeType::Document);
+    EXPECT_EQ(doc.DocumentElement().Parent().NodeType(), XmlNodeType::Document);
+
     XmlNode none;
-    EXPECT_TRUE(none.IsNull());
     EXPECT_EQ(none.Text(), "");
     EXPECT_TRUE(none.SelectSingle("X").IsNull());
     EXPECT_TRUE(none.AppendChild(first).IsNull());
@@ -40,13 +49,12 @@ TEST(XmlView, RemovedNodesAndTheirDocumentOutliveEveryOtherHandle) {
     }
     // The document handle is gone; the views keep the detached tree alive.
     EXPECT_EQ(kept.SelectSingle("KEY").Text(), "S1");
-    EXPECT_EQ(grandchild.Text(), "3");
     EXPECT_FALSE(kept.OwnerDocument().IsNull());
     kept = XmlNode();
     EXPECT_EQ(grandchild.Text(), "3");  // a view below a dropped view still holds
 }
 
-TEST(XmlView, FactoryElementsMoveBetweenDocumentsIntact) {
+TEST(XmlView, FactoryElementsMoveBetweenDocumentsIntactAndUnviewedOnesAreReclaimed) {
     XMLFactoryLease lease;
     XmlNode profile = XMLOps::CreateXMLElement("PROFILE");
     XmlNode name = XMLOps::CreateXMLElement("NAME");
@@ -54,11 +62,11 @@ TEST(XmlView, FactoryElementsMoveBetweenDocumentsIntact) {
     profile.AppendChild(name);
     XmlNode feature = XMLOps::CreateXMLElement("FEATURE");
     profile.AppendChild(feature);
+    for (int i = 0; i < 5000; ++i) XMLOps::CreateXMLElement("TEMP").setText("x");
 
     XmlDocument first = XmlDocument::Parse("<A/>");
     XmlDocument second = XmlDocument::Parse("<B/>");
     first.DocumentElement().AppendChild(profile);
-    EXPECT_TRUE(profile.OwnerDocument() == first);
     EXPECT_TRUE(feature.OwnerDocument() == first);
     second.DocumentElement().AppendChild(profile);
     EXPECT_TRUE(profile.OwnerDocument() == second);
@@ -80,10 +88,8 @@ TEST(XmlView, AppendRefusesCyclesAndSecondRootsAndNeverMergesText) {
     EXPECT_TRUE(a.AppendChild(a).IsNull());
     EXPECT_TRUE(doc.DocumentNode().AppendChild(doc.CreateElement("OTHER")).IsNull());
 
-    XmlNode t1 = doc.CreateTextNode("one");
-    XmlNode t2 = doc.CreateTextNode("two");
-    b.AppendChild(t1);
-    b.AppendChild(t2);
+    b.AppendChild(doc.CreateTextNode("one"));
+    XmlNode t2 = b.AppendChild(doc.CreateTextNode("two"));
     EXPECT_EQ(b.ChildNodes().size(), 2u);
     EXPECT_EQ(t2.Text(), "two");
     EXPECT_EQ(b.Text(), "onetwo");
@@ -96,8 +102,7 @@ TEST(XmlView, AppendRefusesCyclesAndSecondRootsAndNeverMergesText) {
 }
 
 TEST(XmlView, SelectionByRelativeNamePaths) {
-    XmlDocument doc = XmlDocument::Parse(
-        "<R><P><K>1</K></P><X/><P><K>2</K><K>3</K></P></R>");
+    XmlDocument doc = XmlDocument::Parse("<R><P><K>1</K></P><X/><P><K>2</K><K>3</K></P></R>");
     XmlNode root = doc.DocumentElement();
     EXPECT_EQ(root.SelectAll("P").size(), 2u);
     EXPECT_EQ(root.SelectAll("P/K").size(), 3u);
@@ -106,14 +111,12 @@ TEST(XmlView, SelectionByRelativeNamePaths) {
     EXPECT_EQ(root.CountChildElements("P"), 2u);
     for (const char* bad : {"", "/P", "P/", "P//K", "1P", "a b"}) {
         EXPECT_TRUE(root.SelectSingle(bad).IsNull()) << bad;
+        EXPECT_TRUE(doc.CreateElement(bad).IsNull()) << bad;
     }
-    EXPECT_TRUE(doc.CreateElement("1P").IsNull());
-    EXPECT_TRUE(doc.CreateElement("a b").IsNull());
-    EXPECT_TRUE(doc.CreateElement("").IsNull());
     EXPECT_FALSE(doc.CreateElement("Ärzte").IsNull());
     // A part holding a NUL names no element (it once read past the shorter name).
     EXPECT_TRUE(root.SelectSingle(std::string_view("P\0\0\0", 4)).IsNull());
-    // A path as long as a deep document is walked without recursion.
+    // 100,000 levels load, are walked by a path as long without recursion, and are freed.
     std::string deep, path = "G";
     for (int i = 0; i < 100000; ++i) deep += "<G>";
     for (int i = 0; i < 100000; ++i) deep += "</G>";
@@ -141,26 +144,6 @@ TEST(XmlView, TextSetterKeepsViewedChildrenAndCleansText) {
     EXPECT_EQ(again.DocumentElement().SelectSingle("N").Text(), "ab\xEF\xBF\xBD");
 }
 
-TEST(XmlView, CloneIsDeepAndIndependent) {
-    XmlDocument doc = XmlDocument::Parse("<R><F><KEY>k</KEY></F></R>");
-    XmlNode f = doc.DocumentElement().SelectSingle("F");
-    XmlNode copy = f.CloneNode(true);
-    EXPECT_TRUE(copy.Parent().IsNull());
-    copy.SelectSingle("KEY").setText("other");
-    EXPECT_EQ(f.SelectSingle("KEY").Text(), "k");
-    EXPECT_EQ(f.CloneNode(false).Xml(), "<F/>");
-    EXPECT_EQ(doc.DocumentNode().NodeType(), XmlNodeType::Document);
-    EXPECT_EQ(doc.DocumentElement().Parent().NodeType(), XmlNodeType::Document);
-}
-
-TEST(XmlView, ManyDetachedNodesAreReclaimedWhileViewedOnesSurvive) {
-    XMLFactoryLease lease;
-    XmlNode survivor = XMLOps::CreateXMLElement("KEEP");
-    survivor.setText("alive");
-    for (int i = 0; i < 5000; ++i) XMLOps::CreateXMLElement("TEMP").setText("x");
-    EXPECT_EQ(survivor.Text(), "alive");
-}
-
 TEST(XmlView, ReadOnlyKeyedLookups) {
     XmlDocument doc = XmlDocument::Parse(
         "<R><P><KEY>Ärzte</KEY></P><X><KEY>b</KEY></X><P><KEY>b<!--c-->c</KEY></P><P/><P><KEY>B</KEY></P></R>");
@@ -186,17 +169,14 @@ TEST(XmlView, EditGenerationMovesWithEveryEditButAnAppend) {
     std::uint64_t seen = doc.EditGeneration();
     root.AppendChild(doc.CreateElement("B"));
     EXPECT_EQ(doc.EditGeneration(), seen);
-    const auto moved = [&] {
-        const bool changed = doc.EditGeneration() != seen;
+    const std::function<void()> edits[] = {
+        [&] { root.InsertBefore(doc.CreateElement("C"), root.FirstChild()); },
+        [&] { root.SelectSingle("A").FirstChild().setText("y"); },  // the text node itself
+        [&] { root.SelectSingle("A").setText("z"); },
+        [&] { root.RemoveChild(root.SelectSingle("B")); }};
+    for (const auto& edit : edits) {
+        edit();
+        EXPECT_NE(doc.EditGeneration(), seen);
         seen = doc.EditGeneration();
-        return changed;
-    };
-    root.InsertBefore(doc.CreateElement("C"), root.FirstChild());
-    EXPECT_TRUE(moved());
-    root.SelectSingle("A").FirstChild().setText("y");  // the text node itself
-    EXPECT_TRUE(moved());
-    root.SelectSingle("A").setText("z");
-    EXPECT_TRUE(moved());
-    root.RemoveChild(root.SelectSingle("B"));
-    EXPECT_TRUE(moved());
+    }
 }
