@@ -8,7 +8,7 @@
 
 using namespace meridex;
 
-TEST(ErrorHandler, LogLinesAndMessageBox) {
+TEST(ErrorHandler, LogLinesMessageBoxAndUnwritableLogs) {
     test::TempDir dir;
     auto ui = std::make_shared<RecordingUserInterface>();
     ErrorHandler handler(ui);
@@ -34,17 +34,9 @@ TEST(ErrorHandler, LogLinesAndMessageBox) {
               "Error 5 - Invalid procedure call or argument\r\n\r\nIn subroutine: frmProfiles:cmdLock_Click");
     EXPECT_EQ(ui->Messages()[0].icon, MessageIcon::Critical);
     EXPECT_EQ(ui->Messages()[0].buttons, MessageButtons::OK);
-}
 
-TEST(ErrorHandler, FixedFormatAndUnwritableLogs) {
-    EXPECT_EQ(ErrorHandler::FormatLogLine({2026, 11, 14, 9, 5, 31}, 53, "File not found", "frmFirmware:cmdBrowse_Click"),
-              "14-Nov-2026 09:05:31, Error in subroutine frmFirmware:cmdBrowse_Click - 53 : File not found");
-    EXPECT_EQ(ErrorHandler::FormatLogLine({2026, 1, 2, 23, 0, 0}, -1, "d", "a:b"),
-              "02-Jan-2026 23:00:00, Error in subroutine a:b - -1 : d");
-
-    auto ui = std::make_shared<RecordingUserInterface>();
-    ErrorHandler handler(ui);
-    handler.setLogErrors(true);
+    // A log that cannot be written is said in a message of its own.
+    handler.setDisplayErrorMsg(false);
     for (const std::string& path : {std::string(), std::string("/nonexistent/dir/log.txt")}) {
         ui->Clear();
         handler.setErrorLogFile(path);
@@ -54,4 +46,11 @@ TEST(ErrorHandler, FixedFormatAndUnwritableLogs) {
         EXPECT_EQ(text.rfind("Error ", 0), 0u);
         EXPECT_NE(text.find("\r\n\r\nOccured in in subroutine: cErrHnd:LogMinorError"), std::string::npos);
     }
+}
+
+TEST(ErrorHandler, LogLinesHaveAFixedFormat) {
+    EXPECT_EQ(ErrorHandler::FormatLogLine({2026, 11, 14, 9, 5, 31}, 53, "File not found", "frmFirmware:cmdBrowse_Click"),
+              "14-Nov-2026 09:05:31, Error in subroutine frmFirmware:cmdBrowse_Click - 53 : File not found");
+    EXPECT_EQ(ErrorHandler::FormatLogLine({2026, 1, 2, 23, 0, 0}, -1, "d", "a:b"),
+              "02-Jan-2026 23:00:00, Error in subroutine a:b - -1 : d");
 }

@@ -99,6 +99,8 @@ struct Kind {
     bool changesBothKept = false;
 };
 
+void PrintTo(const Kind& kind, std::ostream* out) { *out << kind.name; }
+
 class SharedDocuments : public ::testing::TestWithParam<Kind> {
 protected:
     void SetUp() override {
@@ -106,8 +108,7 @@ protected:
         SharedFile::setErrorLogFile(dir.File("ErrorLog.txt"));
         path = dir.File("Shared.xml");
         // The file both sides open, written by a third.
-        auto first = GetParam().make();
-        first->Load(path);
+        auto first = Open();
         first->Change("Original");
         first->Save();
     }
