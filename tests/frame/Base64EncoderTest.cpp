@@ -15,7 +15,7 @@ TEST(Base64Encoder, EncodesWithPaddingAndLineBreaksAndDecodesItsOwnOutput) {
         {"secret password", ""}, {"Ærø € ñ", ""}, {std::string(54, 'a'), ""}, {std::string(200, 'z'), ""}};
     for (const auto& [text, expected] : rows) {
         const std::string encoded = b64.Encode(text);
-        if (!expected.empty()) EXPECT_EQ(encoded, expected);
+        EXPECT_TRUE(expected.empty() || encoded == expected) << text << " gave " << encoded;
         EXPECT_EQ(b64.Decode(encoded), text);
         std::string flat = encoded;
         std::erase_if(flat, [](char c) { return c == '\r' || c == '\n'; });

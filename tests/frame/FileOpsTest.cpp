@@ -56,7 +56,9 @@ TEST(FileOps, CreateFolderPathMakesParentsAndRefusesOtherForms) {
             EXPECT_EQ(e.Number(), ErrorNumber::PathNotFound) << bad;
         }
     }
-    if (test::kBackSlashSeparates) EXPECT_THROW(CreateFolderPath("\\rooted\\no\\drive"), Error);
+    if (test::kBackSlashSeparates) {  // rooted, but with no drive letter
+        EXPECT_THROW(CreateFolderPath("\\rooted\\no\\drive"), Error);
+    }
     const std::string file = dir.Write("plain", "x");
     EXPECT_THROW(CreateFolderPath(file + "/sub"), Error);
     EXPECT_THROW(CreateFolderPath(file + "\\sub"), Error);
