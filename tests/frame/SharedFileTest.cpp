@@ -71,11 +71,7 @@ struct MapDoc : Doc {
     test::CommsFixture fixture;
     std::unique_ptr<CommsProfileManager> map = fixture.Manager();
     XmlNode Find(const std::string& name) const {
-        for (std::int16_t i = 1; i <= map->ApplicationProfileCount(); ++i) {
-            const XmlNode profile = map->ApplicationProfile(i);
-            if (profile.SelectSingle("NAME").Text() == name) return profile;
-        }
-        return {};
+        return map->ApplicationProfiles().FindChildByChildText("PROFILE", "NAME", name, false);
     }
     void Load(const std::string& path) override { map->LoadXMLMapFile(path); }
     void Add(const std::string& tag) override {
@@ -83,9 +79,7 @@ struct MapDoc : Doc {
         map->ApplicationProfile(map->ApplicationProfileCount()).SelectSingle("NAME").setText(tag);
     }
     void Remove(const std::string& tag) override { map->RemoveApplicationProfile(Find(tag)); }
-    void Change(const std::string& text) override {
-        map->ApplicationProfile(1).SelectSingle("NAME").setText(text);
-    }
+    void Change(const std::string& text) override { map->ApplicationProfile(1).SelectSingle("NAME").setText(text); }
     void Save() override { EXPECT_TRUE(map->SaveXMLMapFile()); }
     std::string ConflictCopy() const override { return map->ConflictCopy(); }
     bool Holds(const std::string& tag) const override { return !Find(tag).IsNull(); }
