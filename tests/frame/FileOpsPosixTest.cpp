@@ -87,13 +87,12 @@ TEST(FileOps, ASaveRemovesTheTemporariesOfKilledSavesOfThatFileOnly) {
     const std::string deadTemp = ".s.xml.tmp-" + std::to_string(dead) + "-AbC123";
     const std::string liveTemp = ".s.xml.tmp-1-XyZ789";  // process 1 is alive
     const std::string otherFile = ".t.xml.tmp-" + std::to_string(dead) + "-AbC123";
-    for (const auto& name : {deadTemp, liveTemp, otherFile}) dir.Write(name, "partial");
     // Saves before process numbers were in the name: an hour old is dead, a
     // minute old may still be writing.
-    const struct timespec hourAgo[2] = {{time(nullptr) - 3700, 0}, {time(nullptr) - 3700, 0}};
-    utimensat(AT_FDCWD, dir.Write(".s.xml.tmp-Old123", "partial").c_str(), hourAgo, 0);
     const std::string recentTemp = ".s.xml.tmp-New123";
-    dir.Write(recentTemp, "partial");
+    for (const auto& name : {deadTemp, liveTemp, otherFile, recentTemp}) dir.Write(name, "partial");
+    const timespec hourAgo{time(nullptr) - 3700, 0};
+    test::SetFileTimes(dir.Write(".s.xml.tmp-Old123", "partial"), hourAgo, hourAgo);
     // A dead writer's temporary that someone still holds locked stays too.
     const std::string heldTemp = ".s.xml.tmp-" + std::to_string(dead) + "-Held00";
     const int held = open(dir.Write(heldTemp, "partial").c_str(), O_RDONLY);
