@@ -18,6 +18,8 @@
 namespace meridex::test {
 namespace {
 
+const char* const kNames[] = {"V4Settings.xml", "AddressBook.xml", "CommsProfiles.xml"};
+
 // Beside the test program, where the build copies them; tests run there.
 std::string MadeOnLinux(const std::string& name) {
     const std::string bytes = TempDir::Read("made-on-linux/" + name);
@@ -92,7 +94,7 @@ struct Documents : ::testing::Test {
         ASSERT_TRUE(reopened->LoadXMLMapFile(dir.File("CommsProfiles.xml")));
         ASSERT_TRUE(reopened->SaveXMLMapFile());
         if (const char* remake = std::getenv("MERIDEX_REMAKE_DOCUMENTS")) {
-            for (const char* name : {"V4Settings.xml", "AddressBook.xml", "CommsProfiles.xml"})
+            for (const char* name : kNames)
                 std::filesystem::copy_file(dir.File(name), std::string(remake) + "/" + name,
                                            std::filesystem::copy_options::overwrite_existing);
         }
@@ -102,38 +104,31 @@ struct Documents : ::testing::Test {
 };
 
 TEST_F(Documents, AreTheSameBytesOnEverySystem) {
-    for (const char* name : {"V4Settings.xml", "AddressBook.xml", "CommsProfiles.xml"})
-        EXPECT_EQ(TempDir::Read(dir.File(name)), MadeOnLinux(name)) << name;
+    for (const char* name : kNames) EXPECT_EQ(TempDir::Read(dir.File(name)), MadeOnLinux(name)) << name;
 }
 
 TEST_F(Documents, MadeOnLinuxLoadAndSaveBackUnchanged) {
-    const std::string settingsFile = dir.Write("in/V4Settings.xml", MadeOnLinux("V4Settings.xml"));
+    for (const char* name : kNames) dir.Write(std::string("in/") + name, MadeOnLinux(name));
     Settings settings;
-    ASSERT_TRUE(settings.LoadSettings(settingsFile));
-    EXPECT_EQ(settings.CurrentProfile().Key(), "Field Crew");
-    EXPECT_FALSE(settings.CurrentProfile().FeatureAvailable("v4_scheme_editor"));
+    ASSERT_TRUE(settings.LoadSettings(dir.File("in/V4Settings.xml")));
+    EXPECT_FALSE(settings.CurrentProfile().FeatureAvailable("v4_scheme_editor"));  // of the profile "Field Crew"
     EXPECT_EQ(settings.GetString("V4SCHEMES_PATH", ""), "C:\\Schemes\\Südwest Ünïcödé");
     EXPECT_EQ(settings.GetString("COMPANY", ""), "Wässer & Söhne <Hydro> \"€\" \u0141\u00f3d\u017a");
     ASSERT_TRUE(settings.SaveSettings(dir.File("saved-V4Settings.xml")));
 
-    const std::string bookFile = dir.Write("in/AddressBook.xml", MadeOnLinux("AddressBook.xml"));
     AddressBook book;
-    ASSERT_TRUE(book.LoadAddressBook(bookFile));
-    Site weir = book.Sites().Group("Nördliche Pegel").Group("Hill Creek").Site("Weir 2 (Łódź)");
-    ASSERT_FALSE(weir.IsNull());
+    ASSERT_TRUE(book.LoadAddressBook(dir.File("in/AddressBook.xml")));
+    EXPECT_FALSE(book.Sites().Group("Nördliche Pegel").Group("Hill Creek").Site("Weir 2 (Łódź)").IsNull());
     EXPECT_FALSE(book.Sites().Site("Tide 4 & <Coast>").Profile().IsNull());
     book.SaveAddressBook(dir.File("saved-AddressBook.xml"));
 
-    const std::string mapFile = dir.Write("in/CommsProfiles.xml", MadeOnLinux("CommsProfiles.xml"));
     auto map = f.Manager();
-    ASSERT_TRUE(map->LoadXMLMapFile(mapFile));
+    ASSERT_TRUE(map->LoadXMLMapFile(dir.File("in/CommsProfiles.xml")));
     EXPECT_EQ(Fields(map->ApplicationProfiles(), "COMMPORT").back(), "12");
     ASSERT_TRUE(map->SaveXMLMapFile(dir.File("saved-CommsProfiles.xml")));
 
-    for (const char* name : {"V4Settings.xml", "AddressBook.xml", "CommsProfiles.xml"})
-        EXPECT_EQ(TempDir::Read(dir.File(std::string("saved-") + name)),
-                  TempDir::Read(dir.File(std::string("in/") + name)))
-            << name;
+    for (const char* name : kNames)
+        EXPECT_EQ(TempDir::Read(dir.File(std::string("saved-") + name)), MadeOnLinux(name)) << name;
 }
 
 }  // namespace

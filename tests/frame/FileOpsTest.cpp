@@ -4,6 +4,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "OsSupport.h"
 #include "TempDir.h"
 #include <meridex/frame/Error.h>
 #include "FailingDiskSteps.h"
@@ -13,31 +14,29 @@ using namespace meridex;
 using namespace meridex::FileOps;
 
 TEST(FileOps, BaseNamesAndFolders) {
-    EXPECT_EQ(GetFileBaseName("C:\\Data\\Site.XML"), "Site");
-    EXPECT_EQ(GetFileBaseName("Site.tar.gz"), "Site.tar");
-    EXPECT_EQ(GetFileBaseName("C:\\data.old\\README"), "");
-    EXPECT_EQ(GetFileBaseName("/data.old/README"), "");
-    EXPECT_EQ(GetFileBaseName("README"), "README");
-    EXPECT_EQ(GetFileBaseName("/srv/schemes/Hill.sxs"), "Hill");
-    EXPECT_EQ(GetFileBaseName(""), "");
-    EXPECT_EQ(GetFolderPath("C:\\Data\\Site.XML"), "C:\\Data\\");
-    EXPECT_EQ(GetFolderPath("/srv/a/Site.XML"), "/srv/a/");
-    EXPECT_EQ(GetFolderPath("Site.XML"), "");
+    const struct { const char *path, *base, *folder; } paths[] = {
+        {"C:\\Data\\Site.XML", "Site", "C:\\Data\\"},
+        {"/srv/schemes/Hill.sxs", "Hill", "/srv/schemes/"},
+        {"Site.tar.gz", "Site.tar", ""},
+        {"C:\\data.old\\README", "", "C:\\data.old\\"},
+        {"/data.old/README", "", "/data.old/"},
+        {"README", "README", ""},
+        {"", "", ""}};
+    for (const auto& p : paths) {
+        EXPECT_EQ(GetFileBaseName(p.path), p.base) << p.path;
+        EXPECT_EQ(GetFolderPath(p.path), p.folder) << p.path;
+    }
     EXPECT_EQ(GetFolderPath("\t/a/b\t"), "/a/");
 }
 
 TEST(FileOps, ExistenceMeansANormalFile) {
     test::TempDir dir;
     const std::string file = dir.Write("Site One.SXS", "x");
-    EXPECT_TRUE(FileExists(file));
     EXPECT_TRUE(FileExists("\"" + file + "\""));
-    EXPECT_FALSE(FileExists(dir.Path()));
-    EXPECT_FALSE(FileExists(dir.File("none")));
-    EXPECT_FALSE(FileExists(""));
-    EXPECT_FALSE(FileExists("\"\""));
-    EXPECT_TRUE(FileExists(dir.File("*.SXS")));
-    EXPECT_TRUE(FileExists(dir.File("Site?One.*")));
-    EXPECT_FALSE(FileExists(dir.File("*.XML")));
+    const std::pair<std::string, bool> paths[] = {
+        {file, true}, {dir.Path(), false}, {dir.File("none"), false}, {"", false}, {"\"\"", false},
+        {dir.File("*.SXS"), true}, {dir.File("Site?One.*"), true}, {dir.File("*.XML"), false}};
+    for (const auto& [path, exists] : paths) EXPECT_EQ(FileExists(path), exists) << path;
 }
 
 TEST(FileOps, CreateFolderPathMakesParentsAndRefusesOtherForms) {
@@ -47,7 +46,9 @@ TEST(FileOps, CreateFolderPathMakesParentsAndRefusesOtherForms) {
     CreateFolderPath(dir.Path() + "\\A\\B\\D");  // either separator
     EXPECT_TRUE(std::filesystem::is_directory(dir.File("A/B/D")));
     CreateFolderPath(dir.Path() + "/A");  // already there: nothing to do
-    for (const char* bad : {"", "relative/path", "//server/share/x", "\\\\server\\share", "/"}) {
+    // Only a full path from a root (a drive letter on Windows), never a share.
+    for (const char* bad : {"", "relative/path", "relative\\path", "//server/share/x", "\\\\server\\share", "/", "C:",
+                            "C:\\"}) {
         try {
             CreateFolderPath(bad);
             FAIL() << bad;
@@ -55,8 +56,37 @@ TEST(FileOps, CreateFolderPathMakesParentsAndRefusesOtherForms) {
             EXPECT_EQ(e.Number(), ErrorNumber::PathNotFound) << bad;
         }
     }
+    if (test::kBackSlashSeparates) {  // rooted, but with no drive letter
+        EXPECT_THROW(CreateFolderPath("\\rooted\\no\\drive"), Error);
+    }
     const std::string file = dir.Write("plain", "x");
     EXPECT_THROW(CreateFolderPath(file + "/sub"), Error);
+    EXPECT_THROW(CreateFolderPath(file + "\\sub"), Error);
+}
+
+// Permission bits on Linux, the read-only attribute on Windows.
+TEST(FileOps, SavesReplaceTheFileKeepUnreadableOnesAndRefuseReadOnlyOnes) {
+    test::TempDir dir;
+    const std::string target = dir.Write("book.xml", "old");
+    ASSERT_TRUE(WriteFileAtomic(target, "new"));
+    EXPECT_EQ(test::TempDir::Read(target), "new");
+    EXPECT_EQ(test::TempDir::Entries(dir.Path()), std::vector<std::string>{"book.xml"});  // no temporary left
+
+    ASSERT_TRUE(test::SetReadOnly(target, true));
+    std::string error;
+    EXPECT_FALSE(WriteFileAtomic(target, "lost", &error));
+    EXPECT_NE(error.find("read-only"), std::string::npos);
+    EXPECT_EQ(test::TempDir::Read(target), "new");
+    test::SetReadOnly(target, false);
+
+    ASSERT_TRUE(WriteFileAtomic(dir.File("fresh.xml"), "first"));
+    EXPECT_EQ(test::TempDir::Read(dir.File("fresh.xml")), "first");
+    const std::string kept = KeepUnreadableFile(target);
+    EXPECT_EQ(kept, target + ".unreadable");
+    ASSERT_TRUE(WriteFileAtomic(target, "replaced"));
+    EXPECT_EQ(test::TempDir::Read(kept), "new");
+    EXPECT_EQ(KeepUnreadableFile(target), target + ".unreadable-1");
+    EXPECT_EQ(KeepUnreadableFile(dir.File("missing")), "");
 }
 
 namespace {

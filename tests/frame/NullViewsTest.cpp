@@ -28,16 +28,12 @@ protected:
 };
 
 // A handle on something real, of each type.
-template <typename T> T Real(const test::TempDir& dir);
-template <> XmlNode Real<XmlNode>(const test::TempDir&) { return XmlDocument::Parse("<A/>").DocumentElement(); }
-template <> XmlDocument Real<XmlDocument>(const test::TempDir&) { return XmlDocument::New(); }
-template <> Site Real<Site>(const test::TempDir&) { return Site(); }
-template <> SiteGroup Real<SiteGroup>(const test::TempDir&) { return SiteGroup(); }
-template <> Profile Real<Profile>(const test::TempDir&) { return Profile(); }
-template <> Profiles Real<Profiles>(const test::TempDir&) { return Profiles(); }
-template <> Feature Real<Feature>(const test::TempDir&) { return Feature(); }
-template <> SchemeFileItem Real<SchemeFileItem>(const test::TempDir&) { return SchemeFileItem(); }
-template <> FileInfo Real<FileInfo>(const test::TempDir& dir) { return FileInfo::FromPath(dir.Write("a.sxs", "x")); }
+template <typename T> T Real(const test::TempDir& dir) {
+    if constexpr (std::is_same_v<T, XmlNode>) return XmlDocument::Parse("<A/>").DocumentElement();
+    else if constexpr (std::is_same_v<T, XmlDocument>) return XmlDocument::New();
+    else if constexpr (std::is_same_v<T, FileInfo>) return FileInfo::FromPath(dir.Write("a.sxs", "x"));
+    else return T();
+}
 
 using HandleTypes =
     ::testing::Types<XmlNode, XmlDocument, Site, SiteGroup, Profile, Profiles, Feature, SchemeFileItem, FileInfo>;

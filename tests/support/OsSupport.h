@@ -11,6 +11,9 @@ namespace meridex::test {
 // Gives a file exact access and modification times (seconds since 1970 and
 // nanoseconds; Windows keeps them to 100 nanoseconds). False when it cannot.
 bool SetFileTimes(const std::string& path, const timespec& accessed, const timespec& modified);
+// Makes a file read-only (no write permission; the read-only attribute on
+// Windows) or writable again; false when it cannot.
+bool SetReadOnly(const std::string& path, bool readOnly);
 // Writes bytes to a C runtime file descriptor; false when not all could be.
 bool WriteToDescriptor(int fd, const std::string& bytes);
 // A per-user store of its own for one test, empty at first, that never

@@ -14,6 +14,8 @@ bool SetFileTimes(const std::string& path, const timespec& accessed, const times
     return utimensat(AT_FDCWD, path.c_str(), times, 0) == 0;
 }
 
+bool SetReadOnly(const std::string& path, bool readOnly) { return chmod(path.c_str(), readOnly ? 0444 : 0644) == 0; }
+
 std::shared_ptr<UserStore> MakeScratchUserStore(const std::string& folder) {
     return std::make_shared<IniUserStore>(folder);
 }

@@ -13,6 +13,8 @@
 namespace meridex::test {
 namespace {
 
+std::wstring Wide(const std::string& path) { return std::filesystem::path(std::u8string(path.begin(), path.end())).wstring(); }
+
 FILETIME ToFileTime(const timespec& ts) {
     const std::uint64_t value = static_cast<std::uint64_t>(static_cast<std::int64_t>(ts.tv_sec) * 10000000LL +
                                                            ts.tv_nsec / 100 + 116444736000000000LL);
@@ -21,10 +23,6 @@ FILETIME ToFileTime(const timespec& ts) {
     time.dwHighDateTime = static_cast<DWORD>(value >> 32);
     return time;
 }
-
-}  // namespace
-
-namespace {
 
 class ScratchRegistryStore : public RegistryUserStore {
 public:
@@ -59,14 +57,17 @@ const char* WhyFolderPermissionsCannotBeTested() {
 }
 
 bool SetFileTimes(const std::string& path, const timespec& accessed, const timespec& modified) {
-    const std::wstring wide = std::filesystem::path(std::u8string(path.begin(), path.end())).wstring();
-    HANDLE file = CreateFileW(wide.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+    HANDLE file = CreateFileW(Wide(path).c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                               OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
     const FILETIME a = ToFileTime(accessed);
     const FILETIME m = ToFileTime(modified);
     const bool set = SetFileTime(file, nullptr, &a, &m) != FALSE;
     return CloseHandle(file) && set;
+}
+
+bool SetReadOnly(const std::string& path, bool readOnly) {
+    return SetFileAttributesW(Wide(path).c_str(), readOnly ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL) != FALSE;
 }
 
 bool WriteToDescriptor(int fd, const std::string& bytes) {
