@@ -77,9 +77,9 @@ protected:
         handler_.setErrorLogFile(dir_.File("MeridexAppLibrary.log"));
         handler_.setLogErrors(true);
     }
-    void Open() {
+    void Open(Logger* logger = nullptr) {
         form_ = std::make_unique<frmFirmware>(ui_);
-        form_->setLogger(&logger_);
+        form_->setLogger(logger ? logger : &logger_);
         form_->setErrHandler(&handler_);
         form_->setFirmwareFilesPath(dir_.File("fw"));
         ASSERT_TRUE(ShowActive(form_.get()));
@@ -209,12 +209,7 @@ TEST_F(FirmwareDialog, UpgradesTheSimulatedLoggerAndACancelledOneIsCompletedByTh
     std::string error;
     std::unique_ptr<LinkLogger> link = LoggerLinks::OpenTcp("127.0.0.1", sim.Port(), error);
     ASSERT_TRUE(link) << error;
-    form_ = std::make_unique<frmFirmware>(ui_);
-    form_->setLogger(link.get());
-    form_->setErrHandler(&handler_);
-    form_->setFirmwareFilesPath(dir_.File("fw"));
-    form_->show();
-    form_->Form_Load();
+    Open(link.get());
     EXPECT_EQ(Control<QLabel>("lblSerial")->text(), "88123");
     EXPECT_EQ(Texts(Files()), (QStringList{"2.0.0", "1.5.0", "1.2.0 (running)"}));
 
