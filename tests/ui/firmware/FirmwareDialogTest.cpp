@@ -35,7 +35,6 @@ class ScriptedLogger : public Logger {
 public:
     std::string Description() const override { return "scripted"; }
     UpgradeResult Identify() override {
-        ++identifications;
         if (silent) return {UpgradeStatus::NoAnswer, "The logger did not answer while identifying it (scripted).", {}};
         return {UpgradeStatus::Ok, {}, identity};
     }
@@ -57,7 +56,6 @@ public:
     LoggerIdentity identity{"WL400", "7001", "1.5.0", false, "1.0"};
     bool silent = false;
     bool fail = false;
-    int identifications = 0;
     std::function<void(int)> onBlock;
     std::vector<std::string> loaded;
 };
