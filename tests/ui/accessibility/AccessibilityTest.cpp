@@ -157,13 +157,7 @@ TEST_P(Accessibility, FocusStartsInTheFirstInputFieldAndTabReachesEveryControl) 
     for (QWidget* widget : controls) EXPECT_TRUE(reached.count(widget)) << Describe(widget).toStdString() << " is never reached by Tab";
 }
 
-std::vector<std::size_t> AllScenes() {
-    std::vector<std::size_t> indexes(Scenes().size());
-    for (std::size_t i = 0; i < indexes.size(); ++i) indexes[i] = i;
-    return indexes;
-}
-
-INSTANTIATE_TEST_SUITE_P(EveryWindow, Accessibility, ::testing::ValuesIn(AllScenes()),
+INSTANTIATE_TEST_SUITE_P(EveryWindow, Accessibility, ::testing::Range(std::size_t{0}, Scenes().size()),
                          [](const ::testing::TestParamInfo<std::size_t>& info) {
                              std::string name = Scenes()[info.param].name;
                              for (char& c : name)

@@ -35,7 +35,6 @@ class ScriptedLogger : public Logger {
 public:
     std::string Description() const override { return "scripted"; }
     UpgradeResult Identify() override {
-        ++identifications;
         if (silent) return {UpgradeStatus::NoAnswer, "The logger did not answer while identifying it (scripted).", {}};
         return {UpgradeStatus::Ok, {}, identity};
     }
@@ -57,7 +56,6 @@ public:
     LoggerIdentity identity{"WL400", "7001", "1.5.0", false, "1.0"};
     bool silent = false;
     bool fail = false;
-    int identifications = 0;
     std::function<void(int)> onBlock;
     std::vector<std::string> loaded;
 };
@@ -77,9 +75,9 @@ protected:
         handler_.setErrorLogFile(dir_.File("MeridexAppLibrary.log"));
         handler_.setLogErrors(true);
     }
-    void Open() {
+    void Open(Logger* logger = nullptr) {
         form_ = std::make_unique<frmFirmware>(ui_);
-        form_->setLogger(&logger_);
+        form_->setLogger(logger ? logger : &logger_);
         form_->setErrHandler(&handler_);
         form_->setFirmwareFilesPath(dir_.File("fw"));
         ASSERT_TRUE(ShowActive(form_.get()));
@@ -209,12 +207,7 @@ TEST_F(FirmwareDialog, UpgradesTheSimulatedLoggerAndACancelledOneIsCompletedByTh
     std::string error;
     std::unique_ptr<LinkLogger> link = LoggerLinks::OpenTcp("127.0.0.1", sim.Port(), error);
     ASSERT_TRUE(link) << error;
-    form_ = std::make_unique<frmFirmware>(ui_);
-    form_->setLogger(link.get());
-    form_->setErrHandler(&handler_);
-    form_->setFirmwareFilesPath(dir_.File("fw"));
-    form_->show();
-    form_->Form_Load();
+    Open(link.get());
     EXPECT_EQ(Control<QLabel>("lblSerial")->text(), "88123");
     EXPECT_EQ(Texts(Files()), (QStringList{"2.0.0", "1.5.0", "1.2.0 (running)"}));
 

@@ -67,16 +67,6 @@ const std::vector<QString>& Texts() {
     return texts;
 }
 
-std::uint64_t SeedOf() {
-    if (const char* given = std::getenv("MERIDEX_MONKEY_SEED")) return std::strtoull(given, nullptr, 10);
-    return std::random_device{}();
-}
-
-int ActionsOf() {
-    const char* given = std::getenv("MERIDEX_MONKEY_ACTIONS");
-    return given ? std::max(1, std::atoi(given)) : 2000;
-}
-
 template <class T>
 const T& Pick(Random& random, const std::vector<T>& from) {
     return from[std::uniform_int_distribution<std::size_t>(0, from.size() - 1)(random)];
@@ -321,8 +311,10 @@ private:
 };
 
 TEST(Monkey, EveryDialogKeepsItsFilesWholeAndCanAlwaysBeClosed) {
-    const std::uint64_t seed = SeedOf();
-    const int total = ActionsOf();
+    const char* givenSeed = std::getenv("MERIDEX_MONKEY_SEED");
+    const char* givenActions = std::getenv("MERIDEX_MONKEY_ACTIONS");
+    const std::uint64_t seed = givenSeed ? std::strtoull(givenSeed, nullptr, 10) : std::random_device{}();
+    const int total = givenActions ? std::max(1, std::atoi(givenActions)) : 2000;
     SCOPED_TRACE("seed " + std::to_string(seed) + " (replay with MERIDEX_MONKEY_SEED=" + std::to_string(seed) + ")");
     // Printed first too, so that even a crash can be replayed.
     std::cout << "monkey: seed " << seed << " (MERIDEX_MONKEY_SEED replays it)" << std::endl;

@@ -1,7 +1,7 @@
-// The small dialogs driven as a person would: captions, labels, keys, and the facade's round trips
-// through the real Qt prompts.
+// The small dialogs driven as a person would, through the facade's round trips with the real Qt prompts.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 
 #include <QApplication>
@@ -13,17 +13,12 @@
 #include <meridex/frame/RecordingUserInterface.h>
 #include <meridex/ui/QtUserInterface.h>
 #include <meridex/ui/settings/V4Dialogs.h>
-#include <meridex/ui/settings/frmEnterPassword.h>
-#include <meridex/ui/settings/frmSetPassword.h>
 #include <meridex/ui/settings/frmV4InputBox.h>
 
 #include "DialogTest.h"
 
 using namespace meridex;
 using namespace meridex::test;
-using meridex::ui::frmEnterPassword;
-using meridex::ui::frmSetPassword;
-using meridex::ui::frmV4InputBox;
 
 namespace {
 
@@ -31,112 +26,14 @@ std::shared_ptr<UserInterface> QtPrompts() { return std::make_shared<ui::QtUserI
 
 }  // namespace
 
-TEST(SmallDialogs, CaptionsLabelsTooltipsAndButtons) {
-    frmV4InputBox input;
-    EXPECT_EQ(input.windowTitle(), "User Input");
-    Child<QLabel>(&input, "lblPrompt");
-    Child<QLineEdit>(&input, "txtInput");
-    EXPECT_EQ(Child<QPushButton>(&input, "cmdOK")->text(), "OK");
-    EXPECT_EQ(Child<QPushButton>(&input, "cmdCancel")->text(), "&Cancel");
-
-    frmSetPassword set;
-    EXPECT_EQ(set.windowTitle(), "Set Password");
-    EXPECT_EQ(Child<QLabel>(&set, "Label1")->text(), "Enter Password");
-    EXPECT_EQ(Child<QLabel>(&set, "Label2")->text(), "Re-enter Password");
-    EXPECT_EQ(Child<QLineEdit>(&set, "txtPassword")->echoMode(), QLineEdit::Password);
-    EXPECT_EQ(Child<QLineEdit>(&set, "txtPassword2")->echoMode(), QLineEdit::Password);
-    EXPECT_EQ(Child<QPushButton>(&set, "cmdCancel")->text(), "&Cancel");
-
-    frmEnterPassword enter;
-    EXPECT_EQ(enter.windowTitle(), "Enter Password");
-    EXPECT_EQ(Child<QLabel>(&enter, "Label1")->text(), "Enter Password");
-    EXPECT_EQ(Child<QLineEdit>(&enter, "txtPassword")->toolTip(), "Enter a password");
-    EXPECT_EQ(Child<QLineEdit>(&enter, "txtPassword")->echoMode(), QLineEdit::Password);
-    EXPECT_EQ(Child<QPushButton>(&enter, "cmdCancel")->text(), "&Cancel");
-}
-
-TEST(SmallDialogs, DigitsOnlyRefusesLettersAndMaxLengthHolds) {
-    frmV4InputBox form;
+TEST(SmallDialogs, DigitsOnlyCanBeSwitchedOffAgain) {
+    ui::frmV4InputBox form;
     ASSERT_TRUE(ShowActive(&form));
-    auto* txtInput = Child<QLineEdit>(&form, "txtInput");
     form.setNumbersOnly(true);
-    Type(txtInput, "12ab3-4 5");
-    EXPECT_EQ(txtInput->text(), "12345");
-
     form.setNumbersOnly(false);
-    txtInput->clear();
-    form.setMaxLength(4);
-    Type(txtInput, "abcdef");
-    EXPECT_EQ(txtInput->text(), "abcd");
-
-    // No limit: a long name fits whole.
-    form.setMaxLength(0);
-    txtInput->clear();
-    Type(txtInput, QString(300, 'x'));
-    EXPECT_EQ(txtInput->text().size(), 300);
-}
-
-TEST(SmallDialogs, EnterIsOKAndEscapeIsCancelInThePasswordDialogs) {
-    frmSetPassword set;
-    ASSERT_TRUE(ShowActive(&set));
-    Type(Child<QLineEdit>(&set, "txtPassword"), "abc");
-    QTest::keyClick(Child<QLineEdit>(&set, "txtPassword"), Qt::Key_Return);
-    EXPECT_FALSE(set.isVisible());
-    EXPECT_FALSE(set.Cancelled());
-
-    ASSERT_TRUE(ShowActive(&set));
-    QTest::keyClick(Child<QLineEdit>(&set, "txtPassword2"), Qt::Key_Escape);
-    EXPECT_FALSE(set.isVisible());
-    EXPECT_TRUE(set.Cancelled());
-
-    frmEnterPassword enter;
-    ASSERT_TRUE(ShowActive(&enter));
-    QTest::keyClick(Child<QLineEdit>(&enter, "txtPassword"), Qt::Key_Escape);
-    EXPECT_TRUE(enter.Cancelled());
-    ASSERT_TRUE(ShowActive(&enter));
-    QTest::keyClick(Child<QLineEdit>(&enter, "txtPassword"), Qt::Key_Enter);
-    EXPECT_FALSE(enter.isVisible());
-    EXPECT_FALSE(enter.Cancelled());
-}
-
-TEST(SmallDialogs, TheCloseBoxCountsAsCancelAndHidesTheDialog) {
-    for (auto make : {+[]() -> std::unique_ptr<ui::CancellableDialog> { return std::make_unique<frmV4InputBox>(); },
-                      +[]() -> std::unique_ptr<ui::CancellableDialog> { return std::make_unique<frmSetPassword>(); },
-                      +[]() -> std::unique_ptr<ui::CancellableDialog> { return std::make_unique<frmEnterPassword>(); }}) {
-        const auto form = make();
-        ASSERT_TRUE(ShowActive(form.get()));
-        Click(Child<QPushButton>(form.get(), "cmdOK"));
-        ASSERT_FALSE(form->Cancelled());
-        ASSERT_TRUE(ShowActive(form.get()));
-        form->close();
-        EXPECT_FALSE(form->isVisible()) << form->objectName().toStdString();
-        EXPECT_TRUE(form->Cancelled()) << form->objectName().toStdString();
-    }
-}
-
-TEST(SmallDialogs, InputBoxRoundTripThroughTheQtPrompt) {
-    const ui::V4Dialogs dialogs(QtPrompts());
-    std::string answer;
-    ModalScript()
-        .Then([](QWidget* modal) {
-            EXPECT_EQ(modal->objectName(), "frmV4InputBox");
-            EXPECT_EQ(modal->windowTitle(), "Port");
-            EXPECT_EQ(Child<QLabel>(modal, "lblPrompt")->text(), "Enter the port number");
-            auto* txtInput = Child<QLineEdit>(modal, "txtInput");
-            EXPECT_EQ(txtInput->toolTip(), "1 to 65535");
-            Type(txtInput, "9x0012");
-            Click(Child<QPushButton>(modal, "cmdOK"));
-        })
-        .Run([&] { answer = dialogs.InputBox("Enter the port number", "Port", 4, true, "1 to 65535"); });
-    EXPECT_EQ(answer, "9001");
-
-    ModalScript()
-        .Then([](QWidget* modal) {
-            Type(Child<QLineEdit>(modal, "txtInput"), "typed, then cancelled");
-            Click(Child<QPushButton>(modal, "cmdCancel"));
-        })
-        .Run([&] { answer = dialogs.InputBox("Name", "New Profile"); });
-    EXPECT_EQ(answer, "");
+    EXPECT_FALSE(form.NumbersOnly());
+    Type(form.txtInput, "a1");
+    EXPECT_EQ(form.txtInput->text(), "a1");
 }
 
 TEST(SmallDialogs, SetPasswordShowsMismatchThenTheDialogAgain) {
@@ -162,63 +59,76 @@ TEST(SmallDialogs, SetPasswordShowsMismatchThenTheDialogAgain) {
         .Then(typePair("abc", "abc"))
         .Run([&] { password = dialogs.SetPassword(); });
     EXPECT_EQ(password, "abc");
-
-    ModalScript()
-        .Then([](QWidget* modal) {
-            Type(Child<QLineEdit>(modal, "txtPassword"), "abc");
-            modal->close();
-        })
-        .Run([&] { password = dialogs.SetPassword(); });
-    EXPECT_EQ(password, "");
 }
 
-TEST(SmallDialogs, EnterPasswordIsCaseSensitiveAndCancelIsFalse) {
+// A keyboard user over a host's window: the focus starts in the first field, so what is typed goes
+// there; Tab moves to the next field; Enter (either key) is OK, Escape and the close box Cancel. Each
+// row: the dialog, its caption, the fields typed, the last key (none: the close box), and what the
+// facade returns (EnterPassword as "true" or "false"; it compares case-sensitively).
+TEST(SmallDialogs, TheFocusStartsInTheFirstFieldAndEnterOrEscapeAnswers) {
+    QWidget host;
+    ASSERT_TRUE(ShowActive(&host));
     const ui::V4Dialogs dialogs(QtPrompts());
-    const auto enter = [&](const QString& typed, const char* button) {
-        bool right = false;
+    const std::function<std::string()> name = [&] { return dialogs.InputBox("Name", "New Profile"); };
+    // Digits only, at most four, with a tip.
+    const std::function<std::string()> port = [&] {
+        return dialogs.InputBox("Enter the port number", "Port", 4, true, "1 to 65535");
+    };
+    const std::function<std::string()> set = [&] { return dialogs.SetPassword(); };
+    const std::function<std::string()> enter = [&] { return dialogs.EnterPassword("SECRET") ? "true" : "false"; };
+    const QString longName(300, 'x');
+    const struct {
+        const char* dialog;
+        const char* caption;
+        QStringList fields;
+        Qt::Key last;
+        const std::function<std::string()>& call;
+        std::string answer;
+    } cases[] = {
+        {"frmV4InputBox", "New Profile", {"Night Shift"}, Qt::Key_Return, name, "Night Shift"},
+        {"frmV4InputBox", "New Profile", {longName}, Qt::Key_Return, name, longName.toStdString()},
+        {"frmV4InputBox", "New Profile", {"typed, then cancelled"}, Qt::Key_Escape, name, ""},
+        {"frmV4InputBox", "New Profile", {"typed, then closed"}, Qt::Key_unknown, name, ""},
+        {"frmV4InputBox", "Port", {"9x0012"}, Qt::Key_Return, port, "9001"},
+        {"frmSetPassword", "Set Password", {"abc", "abc"}, Qt::Key_Return, set, "abc"},
+        {"frmSetPassword", "Set Password", {"abc", "abc"}, Qt::Key_Escape, set, ""},
+        {"frmSetPassword", "Set Password", {"abc", "abc"}, Qt::Key_unknown, set, ""},
+        {"frmEnterPassword", "Enter Password", {"SECRET"}, Qt::Key_Enter, enter, "true"},
+        {"frmEnterPassword", "Enter Password", {"secret"}, Qt::Key_Return, enter, "false"},
+        {"frmEnterPassword", "Enter Password", {"SECRET"}, Qt::Key_Escape, enter, "false"},
+        {"frmEnterPassword", "Enter Password", {"SECRET"}, Qt::Key_unknown, enter, "false"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.dialog) + " " + c.fields.join(",").left(40).toStdString());
+        std::string answer = "unset";
         ModalScript()
             .Then([&](QWidget* modal) {
-                EXPECT_EQ(modal->objectName(), "frmEnterPassword");
-                Type(Child<QLineEdit>(modal, "txtPassword"), typed);
-                Click(Child<QPushButton>(modal, button));
-            })
-            .Run([&] { right = dialogs.EnterPassword("SECRET"); });
-        return right;
-    };
-    EXPECT_TRUE(enter("SECRET", "cmdOK"));
-    EXPECT_FALSE(enter("secret", "cmdOK"));
-    EXPECT_FALSE(enter("SECRET", "cmdCancel"));
-}
-
-TEST(SmallDialogs, TheFocusStartsInTheFirstFieldSoWhatIsTypedAndEnterAnswer) {
-    const ui::V4Dialogs dialogs(QtPrompts());
-    // Types where the focus is, as a keyboard does, Tab between the fields, Enter after the last.
-    const auto typeAndEnter = [](const char* dialog, const QStringList& fields) {
-        ModalScript script;
-        script.Then([=](QWidget* modal) {
-            EXPECT_EQ(modal->objectName(), dialog);
-            ASSERT_TRUE(QTest::qWaitForWindowActive(modal));
-            for (int i = 0; i < fields.size(); ++i) {
-                QWidget* focus = QApplication::focusWidget();
-                if (!qobject_cast<QLineEdit*>(focus)) {
-                    ADD_FAILURE() << "the focus is not in a field";
-                    modal->close();
-                    return;
+                EXPECT_EQ(modal->objectName(), c.dialog);
+                EXPECT_EQ(modal->windowTitle(), c.caption);
+                if (auto* txtInput = modal->findChild<QLineEdit*>("txtInput")) {
+                    EXPECT_EQ(txtInput->toolTip(), &c.call == &port ? "1 to 65535" : "");
+                    EXPECT_EQ(Child<QLabel>(modal, "lblPrompt")->text(), &c.call == &port ? "Enter the port number" : "Name");
                 }
-                QTest::keyClicks(focus, fields[i]);
-                QTest::keyClick(focus, i + 1 < fields.size() ? Qt::Key_Tab : Qt::Key_Return);
-            }
-        });
-        return script;
-    };
-    std::string answer;
-    typeAndEnter("frmV4InputBox", {"Night Shift"}).Run([&] { answer = dialogs.InputBox("Name", "New Profile"); });
-    EXPECT_EQ(answer, "Night Shift");
-    typeAndEnter("frmSetPassword", {"abc", "abc"}).Run([&] { answer = dialogs.SetPassword(); });
-    EXPECT_EQ(answer, "abc");
-    bool right = false;
-    typeAndEnter("frmEnterPassword", {"SECRET"}).Run([&] { right = dialogs.EnterPassword("SECRET"); });
-    EXPECT_TRUE(right);
+                ASSERT_TRUE(QTest::qWaitForWindowActive(modal));
+                for (int i = 0; i < c.fields.size(); ++i) {
+                    QWidget* focus = QApplication::focusWidget();
+                    if (!qobject_cast<QLineEdit*>(focus)) {
+                        ADD_FAILURE() << "the focus is not in a field";
+                        modal->close();
+                        return;
+                    }
+                    // What is typed into a password field is not shown.
+                    EXPECT_EQ(static_cast<QLineEdit*>(focus)->echoMode(),
+                              &c.call == &set || &c.call == &enter ? QLineEdit::Password : QLineEdit::Normal);
+                    QTest::keyClicks(focus, c.fields[i]);
+                    if (i + 1 < c.fields.size()) QTest::keyClick(focus, Qt::Key_Tab);
+                    else if (c.last != Qt::Key_unknown) QTest::keyClick(focus, c.last);
+                    else modal->close();
+                }
+            })
+            .Run([&] { answer = c.call(); });
+        EXPECT_EQ(answer, c.answer);
+    }
 }
 
 TEST(SmallDialogs, TheFacadePassesEverythingToTheInstalledInterface) {
