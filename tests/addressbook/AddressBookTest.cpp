@@ -43,12 +43,13 @@ XmlNode ScanForKey(const XmlNode& group, const std::string& kind, const std::str
     return XmlNode();
 }
 
-// A book loaded from a file not there yet, so saved to it.
-struct Book : ::testing::Test {
+// A book loaded from a file not there yet, so saved to it: its tree, and its file.
+struct AddressBookTree : ::testing::Test {
     void SetUp() override { EXPECT_FALSE(book.LoadAddressBook(dir.File("book.xml"))); }
     TempDir dir;
     AddressBook book;
 };
+using AddressBookFile = AddressBookTree;
 
 }  // namespace
 
@@ -106,7 +107,7 @@ TEST(Site, BindingAndProfileReplacement) {
     EXPECT_TRUE(Site(XmlNode()).IsNull());
 }
 
-TEST_F(Book, KeysAreMadeUniquePerKindIgnoringCase) {
+TEST_F(AddressBookTree, KeysAreMadeUniquePerKindIgnoringCase) {
     SiteGroup root = book.Sites();
     // Case folding covers more than ASCII; groups have their own key space.
     for (const char* name : {"Pump", "Pump", "Pump", "PUMP", "ÄRENDE Σ", "ärende σ"})
@@ -114,7 +115,8 @@ TEST_F(Book, KeysAreMadeUniquePerKindIgnoringCase) {
     root.AddGroup(Named<SiteGroup>("Pump"));
     std::vector<std::string> keys;
     for (int i = 1; i <= root.SiteCount(); ++i) keys.push_back(root.Site(i).Key());
-    EXPECT_EQ(keys, (std::vector<std::string>{"Pump", "Pump_1", "Pump_2", "PUMP_3", "ÄRENDE Σ", "ärende σ_1"}));
+    const std::vector<std::string> expected{"Pump", "Pump_1", "Pump_2", "PUMP_3", "ÄRENDE Σ", "ärende σ_1"};
+    EXPECT_EQ(keys, expected);
     EXPECT_EQ(root.Group(1).Key(), "Pump");
     EXPECT_EQ(root.Site("pump_1").Key(), "Pump_1");
 
@@ -136,7 +138,7 @@ TEST_F(Book, KeysAreMadeUniquePerKindIgnoringCase) {
     EXPECT_EQ(root.Group(3).Key(), "_2");
 }
 
-TEST_F(Book, PathsParentAndClear) {
+TEST_F(AddressBookTree, PathsParentAndClear) {
     SiteGroup root = book.Sites();
     SiteGroup north = Named<SiteGroup>("North");
     root.AddGroup(north);
@@ -176,7 +178,7 @@ TEST_F(Book, PathsParentAndClear) {
 }
 
 // Random changes through every route, each lookup checked against a scan.
-TEST_F(Book, KeyLookupAgreesWithAScanUnderRandomChanges) {
+TEST_F(AddressBookTree, KeyLookupAgreesWithAScanUnderRandomChanges) {
     SiteGroup root = book.Sites();
     SiteGroup other = SiteGroup::AttachNode(root.XMLNode());
     const std::vector<std::string> names{"a", "A", "b", "b_1", "C", ""};
@@ -213,7 +215,7 @@ TEST_F(Book, KeyLookupAgreesWithAScanUnderRandomChanges) {
         EXPECT_EQ(root.Site(key).XMLNode(), ScanForKey(root.XMLNode(), "SITE", key)) << key;
 }
 
-TEST_F(Book, MissingFileGivesAnEmptyBookSavedWhereItWasLooked) {
+TEST_F(AddressBookFile, MissingFileGivesAnEmptyBookSavedWhereItWasLooked) {
     AddressBook unloaded;
     EXPECT_TRUE(unloaded.Sites().IsNull()) << "nothing before a load";
     EXPECT_THROW(unloaded.SaveAddressBook(dir.File("book.xml")), Error);
@@ -258,7 +260,7 @@ TEST(AddressBook, UnusableFilesAreKeptBeforeTheFirstSave) {
     EXPECT_EQ(TempDir::Read(other + ".unreadable"), "<COMMSPROFILES><PROFILE/></COMMSPROFILES>");
 }
 
-TEST_F(Book, FailedSaveChangesNothing) {
+TEST_F(AddressBookFile, FailedSaveChangesNothing) {
     book.Sites().AddSite(Named<Site>("S1"));
     book.SaveAddressBook();
     const std::string before = TempDir::Read(dir.File("book.xml"));
@@ -283,7 +285,7 @@ TEST_F(Book, FailedSaveChangesNothing) {
     }
 }
 
-TEST_F(Book, FindByPath) {
+TEST_F(AddressBookTree, FindByPath) {
     SiteGroup root = book.Sites();
     root.AddSite(Named<Site>("S1"));
     SiteGroup north = Named<SiteGroup>("North");

@@ -27,14 +27,15 @@ TEST(CommsProfileManager, NewProfilesHaveTheirDefaultsInOrder) {
                                  "FORCEPROMPT:[RTS]|ICON:DIRECT|KEY|"},
         {m->AddRS232Direct(""), "NAME:Direct to COM|TYPE:RS232|METHOD:DIRECT|BAUDRATE:9600|"
                                 "FORCEPROMPT:[RTS]|ICON:DIRECT|KEY|"},
-        {m->AddRS232PhoneModem("2"), "NAME:Phone modem on COM2|TYPE:RS232|METHOD:PHONEMODEM|BAUDRATE:9600|COMMPORT:2|"
-                                     "RESET:ATZ|SETTINGS:ATE0|FORCEPROMPT:K|ICON:PHONEMODEM|KEY|"},
-        {m->AddUDPConnection(), "NAME:Network (UDP)|TYPE:IP|METHOD:UDP|FORCEPROMPT:[CR/LF]|ICON:IP|ADDRESS:127.0.0.1|"
-                                "PORT:9000|TIMEOUT:10|PROMPTTIMEOUT:10|SENDBLOCKSIZE:256|KEY|"},
+        {m->AddRS232PhoneModem("2"), "NAME:Phone modem on COM2|TYPE:RS232|METHOD:PHONEMODEM|BAUDRATE:9600|"
+                                     "COMMPORT:2|RESET:ATZ|SETTINGS:ATE0|FORCEPROMPT:K|ICON:PHONEMODEM|KEY|"},
+        {m->AddUDPConnection(), "NAME:Network (UDP)|TYPE:IP|METHOD:UDP|FORCEPROMPT:[CR/LF]|ICON:IP|"
+                                "ADDRESS:127.0.0.1|PORT:9000|TIMEOUT:10|PROMPTTIMEOUT:10|SENDBLOCKSIZE:256|KEY|"},
         {m->AddTCPConnection(), "NAME:Network (TCP/IP)|TYPE:IP|METHOD:TCP|FORCEPROMPT:K|ICON:IP|ADDRESS:127.0.0.1|"
                                 "PORT:9000|TIMEOUT:5|SENDBLOCKSIZE:256|KEY|"},
-        {m->AddGPRSProxyConnection(), "NAME:GPRS Proxy (Harvest Modem)|TYPE:IP|METHOD:GPRSPROXY|FORCEPROMPT:[CR/LF]|"
-                                      "ICON:IP|PROXYPORT:9002|TIMEOUT:10|PROMPTTIMEOUT:10|SENDBLOCKSIZE:256|"
+        {m->AddGPRSProxyConnection(), "NAME:GPRS Proxy (Harvest Modem)|TYPE:IP|METHOD:GPRSPROXY|"
+                                      "FORCEPROMPT:[CR/LF]|ICON:IP|PROXYPORT:9002|TIMEOUT:10|PROMPTTIMEOUT:10|"
+                                      "SENDBLOCKSIZE:256|"
                                       "KEY|ADDRESS:127.0.0.1|MAXTESTMODECHANNELGAP:128|"}};
     for (const auto& [profile, expected] : rows) EXPECT_EQ(described(profile), expected);
     // Adding through the map never leaves a change mark in it.
@@ -185,6 +186,7 @@ TEST(PortDiscovery, PresenceRulesAndProgressPercent) {
     EXPECT_TRUE(SystemOps::GetPresentCommPorts(ports, 0).empty());
     EXPECT_EQ(SystemOps::GetPresentCommPorts(ports, 5), (std::vector<std::int16_t>{2}));
 
-    for (const auto& [fraction, percent] : {std::pair{0.125, 13}, {0.994, 99}, {1.0, 100}, {-1.0, 0}, {7.0, 100}})
+    for (const auto& [fraction, percent] :
+         {std::pair{0.125, 13}, {0.994, 99}, {1.0, 100}, {-1.0, 0}, {7.0, 100}})
         EXPECT_EQ(SystemOps::ProgressPercent(fraction), percent) << fraction;
 }

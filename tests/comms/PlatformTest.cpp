@@ -226,7 +226,8 @@ TEST(LinuxPorts, APinnedPseudoTerminalIsAPresentPortUntilItGoes) {
     {  // The real companion finds the same store through XDG_CONFIG_HOME.
         ScopedEnv config("XDG_CONFIG_HOME", dir.Path());
         std::filesystem::create_directories(dir.File("app"));
-        std::filesystem::create_symlink(MERIDEX_COMPANION_DIR "/SerialPortInfoDump", dir.File("app/SerialPortInfoDump"));
+        std::filesystem::create_symlink(MERIDEX_COMPANION_DIR "/SerialPortInfoDump",
+                                        dir.File("app/SerialPortInfoDump"));
         m.GetCommPortDescriptions(dir.File("app"));
     }
     EXPECT_EQ(Field(find201(m), "NAME"), "ttyA");

@@ -157,7 +157,8 @@ TEST(V4StandardProfiles, AllListTheCatalogueInOrderAndSwitchOffTheirColumns) {
     // Children in the order the stored documents have them.
     const XmlNode first = admin.Item(1).XMLNode().FirstChildElement();
     const XmlNode second = first.NextSiblingElement();
-    EXPECT_EQ(first.Name() + " " + second.Name() + " " + second.NextSiblingElement().Name(), "AVAILABLE DESCRIPTION KEY");
+    EXPECT_EQ(first.Name() + " " + second.Name() + " " + second.NextSiblingElement().Name(),
+              "AVAILABLE DESCRIPTION KEY");
 
     // Each call builds a new profile.
     standard.Item("V4_UNLOAD_DATA").setAvailable(false);
