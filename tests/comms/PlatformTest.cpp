@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -165,32 +164,16 @@ namespace {
 
 // A pair of linked pseudo-terminals made by socat, with $dir/ttyA and
 // $dir/ttyB leading to them; ended with the object.
-class SocatPair {
-public:
-    explicit SocatPair(const TempDir& dir) : a_(dir.File("ttyA")), b_(dir.File("ttyB")) {
-        std::string socat = "/usr/bin/socat";
-        if (!std::filesystem::exists(socat)) return;
-        pid_ = fork();
-        if (pid_ == 0) {
-            std::string left = "pty,raw,echo=0,link=" + a_, right = "pty,raw,echo=0,link=" + b_;
-            execl(socat.c_str(), "socat", left.c_str(), right.c_str(), static_cast<char*>(nullptr));
-            _exit(127);
-        }
-        for (int i = 0; i < 500 && !Ready(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+struct SocatPair {
+    explicit SocatPair(const TempDir& dir) : a(dir.File("ttyA")), b(dir.File("ttyB")) {
+        if (std::filesystem::exists("/usr/bin/socat"))
+            program = StartedProgram::Start("/usr/bin/socat", {"pty,raw,echo=0,link=" + a, "pty,raw,echo=0,link=" + b});
+        for (int i = 0; i < 500 && program.Started() && !Ready(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
-    ~SocatPair() { Stop(); }
-    bool Ready() const { return std::filesystem::exists(a_) && std::filesystem::exists(b_); }
-    void Stop() {
-        if (pid_ <= 0) return;
-        kill(pid_, SIGTERM);
-        waitpid(pid_, nullptr, 0);
-        pid_ = -1;
-    }
-    const std::string& A() const { return a_; }
-
-private:
-    std::string a_, b_;
-    pid_t pid_ = -1;
+    bool Ready() const { return std::filesystem::exists(a) && std::filesystem::exists(b); }
+    std::string a, b;
+    StartedProgram program;
 };
 
 }  // namespace
@@ -200,7 +183,7 @@ TEST(LinuxPorts, APinnedPseudoTerminalIsAPresentPortUntilItGoes) {
     SocatPair socat(dir);
     if (!socat.Ready()) GTEST_SKIP() << "socat is not available";
     auto store = std::make_shared<IniUserStore>(dir.File("meridex"));
-    store->SaveSetting("MeridexV4", "SerialPorts", "COM201", socat.A());
+    store->SaveSetting("MeridexV4", "SerialPorts", "COM201", socat.a);
     store->SaveSetting("MeridexV4", "SerialPorts", "COM202", dir.Write("plain.txt", "not a device"));
     store->SaveSetting("MeridexV4", "SerialPorts", "COM203", "/dev/null");  // a device, but no terminal
     auto source = std::make_shared<LinuxSerialPortSource>(store);
@@ -234,7 +217,7 @@ TEST(LinuxPorts, APinnedPseudoTerminalIsAPresentPortUntilItGoes) {
     EXPECT_NE(TempDir::Read(dir.File("app/ports.txt")).find("COM201|ttyA\n"), std::string::npos);
 #endif
 
-    socat.Stop();
+    socat.program.End(std::chrono::milliseconds(0));
     EXPECT_FALSE(SystemOps::IsCommPortPresent(*source, 201));
     m.CleanRS232Direct();
     EXPECT_TRUE(find201(m).IsNull());
