@@ -241,10 +241,8 @@ TEST_F(AddressBookFile, MissingFileGivesAnEmptyBookSavedWhereItWasLooked) {
     EXPECT_EQ(again.FindSite("\\North\\Hill").Parameter("TYPE").Text(), "IP");
 }
 
-TEST(AddressBook, UnusableFilesAreKeptBeforeTheFirstSave) {
-    TempDir dir;
+TEST_F(AddressBookFile, UnusableFilesAreKeptBeforeTheFirstSave) {
     const std::string malformed = dir.Write("bad.xml", "<V4ADDRESSBOOK><GROUP>");
-    AddressBook book;
     EXPECT_FALSE(book.LoadAddressBook(malformed));
     EXPECT_EQ(book.Sites().GroupCount(), 0);
     book.SaveAddressBook();
@@ -318,8 +316,7 @@ TEST_F(AddressBookTree, FindByPath) {
 
 // Groups may nest thousands deep: loading, finding, adding (which walks up
 // to the root for the path), saving and clearing need no recursion.
-TEST(AddressBook, ThousandsOfLevelsLoadFindAddSaveAndClear) {
-    TempDir dir;
+TEST_F(AddressBookFile, ThousandsOfLevelsLoadFindAddSaveAndClear) {
     constexpr int kDepth = 5000;
     std::string text = "<V4ADDRESSBOOK>";
     std::string path;
@@ -330,8 +327,6 @@ TEST(AddressBook, ThousandsOfLevelsLoadFindAddSaveAndClear) {
     text += "<SITE><KEY>s</KEY></SITE>";  // no PROFILE: given an empty one when looked up
     for (int i = 0; i < kDepth; ++i) text += "</GROUP>";
     const std::string file = dir.Write("deep.xml", text + "</V4ADDRESSBOOK>");
-
-    AddressBook book;
     ASSERT_TRUE(book.LoadAddressBook(file));
     const SiteGroup deepest = book.FindGroup(path);
     ASSERT_FALSE(deepest.IsNull());
