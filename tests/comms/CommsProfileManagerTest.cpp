@@ -1,9 +1,12 @@
+// Tests of the communications map: its profiles, its file and keeping its
+// direct profiles in step with this PC's ports.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "CommsTestSupport.h"
 #include "FailingDiskSteps.h"
+#include <meridex/comms/SystemOps.h>
 #include <meridex/frame/FileOps.h>
 
 using namespace meridex;
@@ -12,34 +15,29 @@ using namespace meridex::test;
 TEST(CommsProfileManager, NewProfilesHaveTheirDefaultsInOrder) {
     CommsFixture f;
     auto m = f.Manager();
-    XmlNode direct = m->AddRS232Direct("3");
-    EXPECT_EQ(ChildNames(direct), (std::vector<std::string>{"NAME", "TYPE", "METHOD", "BAUDRATE", "COMMPORT",
-                                                            "FORCEPROMPT", "ICON", "KEY"}));
-    EXPECT_EQ(Field(direct, "NAME"), "Direct to COM3");
-    EXPECT_EQ(Field(direct, "FORCEPROMPT"), "[RTS]");
-
-    XmlNode bare = m->AddRS232Direct("");
-    EXPECT_EQ(Field(bare, "NAME"), "Direct to COM");
-    EXPECT_FALSE(ProfileXml::HasChild(bare, "COMMPORT"));
-
-    XmlNode modem = m->AddRS232PhoneModem("2");
-    EXPECT_EQ(ChildNames(modem), (std::vector<std::string>{"NAME", "TYPE", "METHOD", "BAUDRATE", "COMMPORT", "RESET",
-                                                           "SETTINGS", "FORCEPROMPT", "ICON", "KEY"}));
-    EXPECT_EQ(Field(modem, "NAME"), "Phone modem on COM2");
-    EXPECT_EQ(Field(modem, "RESET") + Field(modem, "SETTINGS") + Field(modem, "FORCEPROMPT"), "ATZATE0K");
-
-    XmlNode udp = m->AddUDPConnection();
-    EXPECT_EQ(ChildNames(udp), (std::vector<std::string>{"NAME", "TYPE", "METHOD", "FORCEPROMPT", "ICON", "ADDRESS",
-                                                         "PORT", "TIMEOUT", "PROMPTTIMEOUT", "SENDBLOCKSIZE", "KEY"}));
-    XmlNode tcp = m->AddTCPConnection();
-    EXPECT_FALSE(ProfileXml::HasChild(tcp, "PROMPTTIMEOUT"));
-    EXPECT_EQ(Field(tcp, "TIMEOUT"), "5");
-    EXPECT_EQ(Field(tcp, "FORCEPROMPT"), "K");
-    XmlNode gprs = m->AddGPRSProxyConnection();
-    EXPECT_EQ(ChildNames(gprs),
-              (std::vector<std::string>{"NAME", "TYPE", "METHOD", "FORCEPROMPT", "ICON", "PROXYPORT", "TIMEOUT",
-                                        "PROMPTTIMEOUT", "SENDBLOCKSIZE", "KEY", "ADDRESS", "MAXTESTMODECHANNELGAP"}));
-    EXPECT_FALSE(ProfileXml::HasChild(gprs, "PORT"));
+    // Every child in order, as "NAME:text|...", KEY without its text (keys are tested below).
+    const auto described = [](const XmlNode& profile) {
+        std::string text;
+        for (const std::string& name : ChildNames(profile))
+            text += name + (name == "KEY" ? "" : ":" + Field(profile, name)) + "|";
+        return text;
+    };
+    const std::vector<std::pair<XmlNode, std::string>> rows{
+        {m->AddRS232Direct("3"), "NAME:Direct to COM3|TYPE:RS232|METHOD:DIRECT|BAUDRATE:9600|COMMPORT:3|"
+                                 "FORCEPROMPT:[RTS]|ICON:DIRECT|KEY|"},
+        {m->AddRS232Direct(""), "NAME:Direct to COM|TYPE:RS232|METHOD:DIRECT|BAUDRATE:9600|"
+                                "FORCEPROMPT:[RTS]|ICON:DIRECT|KEY|"},
+        {m->AddRS232PhoneModem("2"), "NAME:Phone modem on COM2|TYPE:RS232|METHOD:PHONEMODEM|BAUDRATE:9600|"
+                                     "COMMPORT:2|RESET:ATZ|SETTINGS:ATE0|FORCEPROMPT:K|ICON:PHONEMODEM|KEY|"},
+        {m->AddUDPConnection(), "NAME:Network (UDP)|TYPE:IP|METHOD:UDP|FORCEPROMPT:[CR/LF]|ICON:IP|"
+                                "ADDRESS:127.0.0.1|PORT:9000|TIMEOUT:10|PROMPTTIMEOUT:10|SENDBLOCKSIZE:256|KEY|"},
+        {m->AddTCPConnection(), "NAME:Network (TCP/IP)|TYPE:IP|METHOD:TCP|FORCEPROMPT:K|ICON:IP|ADDRESS:127.0.0.1|"
+                                "PORT:9000|TIMEOUT:5|SENDBLOCKSIZE:256|KEY|"},
+        {m->AddGPRSProxyConnection(), "NAME:GPRS Proxy (Harvest Modem)|TYPE:IP|METHOD:GPRSPROXY|"
+                                      "FORCEPROMPT:[CR/LF]|ICON:IP|PROXYPORT:9002|TIMEOUT:10|PROMPTTIMEOUT:10|"
+                                      "SENDBLOCKSIZE:256|"
+                                      "KEY|ADDRESS:127.0.0.1|MAXTESTMODECHANNELGAP:128|"}};
+    for (const auto& [profile, expected] : rows) EXPECT_EQ(described(profile), expected);
     // Adding through the map never leaves a change mark in it.
     EXPECT_TRUE(m->ApplicationProfiles().SelectSingle("CHANGED").IsNull());
 }
@@ -56,23 +54,17 @@ TEST(CommsProfileManager, DefaultMapHasOneDirectProfilePerPresentPortThenTheNetw
     // One listing for the whole map, however high the bound.
     EXPECT_EQ(f.ports->listings, 1);
 
-    f.store->SaveSetting("meridexv4", "SETTINGS", "max_comm_port_scomm", "2");
-    EXPECT_EQ(Fields(f.Manager()->ApplicationProfiles(), "COMMPORT"),
-              (std::vector<std::string>{"1", "", "", ""}));
-    f.store->SaveSetting("MeridexV4", "Settings", "MAX_COMM_PORT_SCOMM", "none");
-    EXPECT_EQ(f.Manager()->ApplicationProfileCount(), 3);
-    f.store->SaveSetting("MeridexV4", "Settings", "MAX_COMM_PORT_SCOMM", "99999");
-    EXPECT_EQ(f.Manager()->ApplicationProfileCount(), 5);
+    // The bound is read ignoring case; what is no number gives no ports.
+    for (const auto& [bound, count] : {std::pair{"2", 4}, {"none", 3}, {"99999", 5}}) {
+        f.store->SaveSetting("meridexv4", "SETTINGS", "max_comm_port_scomm", bound);
+        EXPECT_EQ(f.Manager()->ApplicationProfileCount(), count) << bound;
+    }
 }
 
 TEST(CommsProfileManager, KeysAreRenumberedOnLoadAndNewOnesTakeTheSmallestFreeNumber) {
     CommsFixture f;
-    std::string file = f.dir.Write("CommsProfiles.xml",
-                                   "<COMMSPROFILES><PROFILE><KEY>PROFILE0</KEY><NAME>a</NAME></PROFILE>"
-                                   "<PROFILE><KEY>PROFILE7</KEY><NAME>b</NAME></PROFILE>"
-                                   "<PROFILE><NAME>c</NAME></PROFILE></COMMSPROFILES>");
-    auto m = f.Manager();
-    ASSERT_TRUE(m->LoadXMLMapFile(file));
+    auto m = MapOf(f, "<PROFILE><KEY>PROFILE0</KEY><NAME>a</NAME></PROFILE>"
+                      "<PROFILE><KEY>PROFILE7</KEY><NAME>b</NAME></PROFILE><PROFILE><NAME>c</NAME></PROFILE>");
     EXPECT_EQ(Fields(m->ApplicationProfiles(), "KEY"),
               (std::vector<std::string>{"PROFILE1", "PROFILE2", "PROFILE3"}));
     EXPECT_EQ(Field(m->AddUDPConnection(), "KEY"), "PROFILE0");
@@ -151,4 +143,50 @@ TEST(CommsProfileManager, ListIgnoresCaseWhileTheSingleLookupDoesNot) {
     EXPECT_EQ(CommsProfileManager::GetDefaultProfile(list), profiles[2]);
     profiles[2].SelectSingle("DEFAULT").setText("0");
     EXPECT_TRUE(CommsProfileManager::GetDefaultProfile(list).IsNull());
+}
+
+TEST(PortDiscovery, CleanRemovesGonePortsAndAddsNewOnes) {
+    CommsFixture f{1, 3};
+    auto m = MapOf(f, DirectProfile("1", "Bench cable") + DirectProfile("5") + DirectProfile("") +
+                          DirectProfile("3x") + DirectProfile("99999") +
+                          "<PROFILE><TYPE>RS232</TYPE><METHOD>PHONEMODEM</METHOD><COMMPORT>7</COMMPORT></PROFILE>");
+    m->CleanRS232Direct();
+    // Gone: port 5, and the profiles whose port reads as no port at all ("3x"
+    // is not a number, so port 3 is still new). The modem on an absent port is not a direct profile and stays.
+    EXPECT_EQ(Fields(m->ApplicationProfiles(), "NAME"),
+              (std::vector<std::string>{"Bench cable", "", "Direct to COM3"}));
+    EXPECT_EQ(Fields(m->ApplicationProfiles(), "KEY"), (std::vector<std::string>{"PROFILE1", "PROFILE6", "PROFILE0"}));
+
+    // "03" is port 3 when comparing numbers: nothing more is added.
+    CommsFixture g{3};
+    auto n = MapOf(g, DirectProfile("03"));
+    n->CleanRS232Direct();
+    EXPECT_EQ(Fields(n->ApplicationProfiles(), "COMMPORT"), (std::vector<std::string>{"03"}));
+
+    // Ports above MAX_COMM_PORT_SCOMM are never added.
+    CommsFixture h{2, 4, 5, 9};
+    h.store->SaveSetting("MeridexV4", "Settings", "MAX_COMM_PORT_SCOMM", "4");
+    auto o = MapOf(h, "");
+    o->CleanRS232Direct();
+    EXPECT_EQ(Fields(o->ApplicationProfiles(), "COMMPORT"), (std::vector<std::string>{"2", "4"}));
+}
+
+TEST(PortDiscovery, PresenceRulesAndProgressPercent) {
+    FakePorts ports{2};
+    ports.Add(6, false, true);  // Bluetooth: present without a probe
+    ports.Add(8, false);
+    EXPECT_TRUE(SystemOps::IsBluetoothModemPort(ports, 6));
+    EXPECT_FALSE(SystemOps::IsBluetoothModemPort(ports, 2));
+    EXPECT_TRUE(SystemOps::IsCommPortPresent(ports, 6));
+    EXPECT_FALSE(SystemOps::IsCommPortPresent(ports, 8));
+    EXPECT_FALSE(SystemOps::IsCommPortPresent(ports, 3));  // not mapped at all
+    ports.probes = 0;
+    EXPECT_EQ(SystemOps::GetPresentCommPorts(ports, 32767), (std::vector<std::int16_t>{2, 6}));
+    EXPECT_EQ(ports.probes, 2);  // 2 and 8; never the unmapped numbers
+    EXPECT_TRUE(SystemOps::GetPresentCommPorts(ports, 0).empty());
+    EXPECT_EQ(SystemOps::GetPresentCommPorts(ports, 5), (std::vector<std::int16_t>{2}));
+
+    for (const auto& [fraction, percent] :
+         {std::pair{0.125, 13}, {0.994, 99}, {1.0, 100}, {-1.0, 0}, {7.0, 100}})
+        EXPECT_EQ(SystemOps::ProgressPercent(fraction), percent) << fraction;
 }

@@ -9,10 +9,10 @@
 #include <meridex/addressbook/AddressBook.h>
 #include <meridex/comms/ImportCommsProfiles.h>
 
-namespace meridex {
-namespace {
-
+using namespace meridex;
 using test::TempDir;
+
+namespace {
 
 std::string Profile(const std::string& type, const std::string& method, const std::string& name) {
     std::string xml = "<PROFILE><TYPE>" + type + "</TYPE><METHOD>" + method + "</METHOD>";
@@ -125,7 +125,7 @@ TEST_F(ImportTest, CancelMissingFoldersAndEmptyTrees) {
 }
 
 // A scheme reader whose texts use backslashes, as on Windows.
-struct BackslashScheme : meridex::Scheme {
+struct BackslashScheme : Scheme {
     std::string root;
     XmlDocument document;
     bool Open(const std::string&) override {
@@ -147,4 +147,3 @@ TEST_F(ImportTest, SchemeTextsWithBackslashes) {
 }
 
 }  // namespace
-}  // namespace meridex

@@ -1,14 +1,20 @@
+// The Linux platform code: the .ini store, ports on pseudo-terminals, started
+// programs, and the companion program's part in port discovery (shell
+// scripts stand in for it).
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <set>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
 #include "CommsTestSupport.h"
+#include <meridex/comms/PortsFile.h>
 #include <meridex/comms/SystemOps.h>
 #include <meridex/platform/StartedProgram.h>
 #include <meridex/platform/linux/IniUserStore.h>
@@ -17,6 +23,30 @@
 using namespace meridex;
 using namespace meridex::test;
 using Device = LinuxSerialPortSource::Device;
+
+namespace {
+
+// Sets an environment variable while it lives.
+class ScopedEnv {
+public:
+    ScopedEnv(const char* name, const std::string& value) : name_(name) {
+        if (const char* old = std::getenv(name)) old_ = old;
+        setenv(name, value.c_str(), 1);
+    }
+    ~ScopedEnv() { old_ ? setenv(name_, old_->c_str(), 1) : unsetenv(name_); }
+
+private:
+    const char* name_;
+    std::optional<std::string> old_;
+};
+
+// A stand-in companion: a shell script that writes ports.txt itself.
+void WriteCompanion(const TempDir& dir, const std::string& body) {
+    std::string path = dir.Write("app/SerialPortInfoDump", "#!/bin/sh\n" + body + "\n");
+    chmod(path.c_str(), 0755);
+}
+
+}  // namespace
 
 TEST(IniUserStore, KeepsOrderCommentsAndIgnoresCase) {
     TempDir dir;
@@ -62,11 +92,8 @@ TEST(IniUserStore, KeepsOrderCommentsAndIgnoresCase) {
               (std::vector<UserStore::Pair>{{"/by hand/Site.xml", "4"}, {"/quoted\"=x.xml", "5"}}));
 
     // Where the store lives by default.
-    const char* old = std::getenv("XDG_CONFIG_HOME");
-    std::string saved = old ? old : "";
-    setenv("XDG_CONFIG_HOME", dir.Path().c_str(), 1);
+    ScopedEnv config("XDG_CONFIG_HOME", dir.Path());
     EXPECT_EQ(IniUserStore::DefaultFolder(), dir.Path() + "/meridex");
-    if (old) setenv("XDG_CONFIG_HOME", saved.c_str(), 1); else unsetenv("XDG_CONFIG_HOME");
 }
 
 TEST(LinuxPorts, NumbersAreStableAcrossPlugging) {
@@ -122,16 +149,14 @@ TEST(LinuxPorts, NumbersAreStableAcrossPlugging) {
 TEST(LinuxPorts, APortTheUserMayNotOpenIsPresent) {
     // /dev/null is a character device; the probe is told it may not open it,
     // as a user outside the dialout group is told for a real port.
-    for (int refusal : {EACCES, EPERM, EBUSY}) {
-        EXPECT_TRUE(LinuxSerialPortSource::ProbeDevice("/dev/null", [refusal](const std::string&, int) {
+    // (ENXIO: listed, but no device behind the node.)
+    for (int refusal : {EACCES, EPERM, EBUSY, ENXIO}) {
+        const bool present = LinuxSerialPortSource::ProbeDevice("/dev/null", [refusal](const std::string&, int) {
             errno = refusal;
             return -1;
-        })) << refusal;
+        });
+        EXPECT_EQ(present, refusal != ENXIO) << refusal;
     }
-    EXPECT_FALSE(LinuxSerialPortSource::ProbeDevice("/dev/null", [](const std::string&, int) {
-        errno = ENXIO;  // listed, but no device behind the node
-        return -1;
-    }));
     EXPECT_FALSE(LinuxSerialPortSource::ProbeDevice("/dev/null"));  // opens, but is no terminal
 }
 
@@ -139,32 +164,16 @@ namespace {
 
 // A pair of linked pseudo-terminals made by socat, with $dir/ttyA and
 // $dir/ttyB leading to them; ended with the object.
-class SocatPair {
-public:
-    explicit SocatPair(const TempDir& dir) : a_(dir.File("ttyA")), b_(dir.File("ttyB")) {
-        std::string socat = "/usr/bin/socat";
-        if (!std::filesystem::exists(socat)) return;
-        pid_ = fork();
-        if (pid_ == 0) {
-            std::string left = "pty,raw,echo=0,link=" + a_, right = "pty,raw,echo=0,link=" + b_;
-            execl(socat.c_str(), "socat", left.c_str(), right.c_str(), static_cast<char*>(nullptr));
-            _exit(127);
-        }
-        for (int i = 0; i < 500 && !Ready(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+struct SocatPair {
+    explicit SocatPair(const TempDir& dir) : a(dir.File("ttyA")), b(dir.File("ttyB")) {
+        if (std::filesystem::exists("/usr/bin/socat"))
+            program = StartedProgram::Start("/usr/bin/socat", {"pty,raw,echo=0,link=" + a, "pty,raw,echo=0,link=" + b});
+        for (int i = 0; i < 500 && program.Started() && !Ready(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
-    ~SocatPair() { Stop(); }
-    bool Ready() const { return std::filesystem::exists(a_) && std::filesystem::exists(b_); }
-    void Stop() {
-        if (pid_ <= 0) return;
-        kill(pid_, SIGTERM);
-        waitpid(pid_, nullptr, 0);
-        pid_ = -1;
-    }
-    const std::string& A() const { return a_; }
-
-private:
-    std::string a_, b_;
-    pid_t pid_ = -1;
+    bool Ready() const { return std::filesystem::exists(a) && std::filesystem::exists(b); }
+    std::string a, b;
+    StartedProgram program;
 };
 
 }  // namespace
@@ -174,7 +183,7 @@ TEST(LinuxPorts, APinnedPseudoTerminalIsAPresentPortUntilItGoes) {
     SocatPair socat(dir);
     if (!socat.Ready()) GTEST_SKIP() << "socat is not available";
     auto store = std::make_shared<IniUserStore>(dir.File("meridex"));
-    store->SaveSetting("MeridexV4", "SerialPorts", "COM201", socat.A());
+    store->SaveSetting("MeridexV4", "SerialPorts", "COM201", socat.a);
     store->SaveSetting("MeridexV4", "SerialPorts", "COM202", dir.Write("plain.txt", "not a device"));
     store->SaveSetting("MeridexV4", "SerialPorts", "COM203", "/dev/null");  // a device, but no terminal
     auto source = std::make_shared<LinuxSerialPortSource>(store);
@@ -197,19 +206,18 @@ TEST(LinuxPorts, APinnedPseudoTerminalIsAPresentPortUntilItGoes) {
     ASSERT_FALSE(find201(m).IsNull());
     EXPECT_EQ(Field(find201(m), "NAME"), "Direct to COM201");
 #ifdef MERIDEX_COMPANION_DIR
-    // The real companion finds the same store through XDG_CONFIG_HOME.
-    const char* old = std::getenv("XDG_CONFIG_HOME");
-    std::string saved = old ? old : "";
-    setenv("XDG_CONFIG_HOME", dir.Path().c_str(), 1);
-    std::filesystem::create_directories(dir.File("app"));
-    std::filesystem::create_symlink(MERIDEX_COMPANION_DIR "/SerialPortInfoDump", dir.File("app/SerialPortInfoDump"));
-    m.GetCommPortDescriptions(dir.File("app"));
-    if (old) setenv("XDG_CONFIG_HOME", saved.c_str(), 1); else unsetenv("XDG_CONFIG_HOME");
+    {  // The real companion finds the same store through XDG_CONFIG_HOME.
+        ScopedEnv config("XDG_CONFIG_HOME", dir.Path());
+        std::filesystem::create_directories(dir.File("app"));
+        std::filesystem::create_symlink(MERIDEX_COMPANION_DIR "/SerialPortInfoDump",
+                                        dir.File("app/SerialPortInfoDump"));
+        m.GetCommPortDescriptions(dir.File("app"));
+    }
     EXPECT_EQ(Field(find201(m), "NAME"), "ttyA");
     EXPECT_NE(TempDir::Read(dir.File("app/ports.txt")).find("COM201|ttyA\n"), std::string::npos);
 #endif
 
-    socat.Stop();
+    socat.program.End(std::chrono::milliseconds(0));
     EXPECT_FALSE(SystemOps::IsCommPortPresent(*source, 201));
     m.CleanRS232Direct();
     EXPECT_TRUE(find201(m).IsNull());
@@ -233,4 +241,53 @@ TEST(LinuxPortsAsUser, APortClosedToThisUserIsPresent) {
     if (access(port.c_str(), F_OK) != 0 || access(port.c_str(), R_OK) == 0)
         GTEST_SKIP() << port << " is missing or open to this user";
     EXPECT_TRUE(LinuxSerialPortSource::ProbeDevice(port));
+}
+
+TEST(PortDiscovery, DescriptionsNameTheFirstProfileOnEachPortExactly) {
+    CommsFixture f;
+    auto m = MapOf(f, "<PROFILE><NAME>Modem</NAME><TYPE>RS232</TYPE><METHOD>PHONEMODEM</METHOD>"
+                      "<COMMPORT>2</COMMPORT></PROFILE>" +
+                          DirectProfile("2") + DirectProfile("03") + DirectProfile("4") + "<PROFILE><COMMPORT>5</COMMPORT></PROFILE>");
+    f.dir.Write("app/ports.txt", "stale list: must be removed before the companion runs");
+    WriteCompanion(f.dir, "cat > \"$1/ports.tmp\" <<'END'\n"
+                          "  COM2|USB modem  \r\n"
+                          "COM3|Prolific adapter\n"
+                          "COM4\n"
+                          "\n"
+                          "COM4|Keyspan|extra\n"
+                          "COM5|Second|x|y\n"
+                          "END\n"
+                          "mv \"$1/ports.tmp\" \"$1/ports.txt\"");
+    m->GetCommPortDescriptions(f.dir.File("app"));
+    EXPECT_EQ(Fields(m->ApplicationProfiles(), "NAME"),
+              (std::vector<std::string>{"USB modem", "Direct to COM2", "Direct to COM03", "Keyspan", "Second"}));
+    // The companion was reaped: this process has no child left.
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+}
+
+TEST(PortDiscovery, ACompanionThatIsMissingOrNeverWritesChangesNothing) {
+    CommsFixture f;
+    auto m = MapOf(f, DirectProfile("1"));
+    f.dir.Write("app/ports.txt", "COM1|stale\n");
+    m->GetCommPortDescriptions(f.dir.File("app"));  // no companion there
+    EXPECT_FALSE(std::filesystem::exists(f.dir.File("app/ports.txt")));
+    m->GetCommPortDescriptions("");
+    m->GetCommPortDescriptions(f.dir.File("nowhere"));
+    EXPECT_EQ(Field(m->ApplicationProfile(1), "NAME"), "Direct to COM1");
+
+    WriteCompanion(f.dir, "sleep 30");
+    f.dir.Write("app/ports.txt", "COM1|stale\n");
+    m->GetCommPortDescriptions(f.dir.File("app"));
+    EXPECT_EQ(Field(m->ApplicationProfile(1), "NAME"), "Direct to COM1");
+    // Given up on at the deadline, ended and reaped.
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+}
+
+TEST(PortDiscovery, ThePortListGoesToAPerUserFolderWhenTheProgramsFolderIsReadOnly) {
+    TempDir dir;
+    EXPECT_EQ(PortsFile::Folder(dir.Path()), dir.Path());
+    ScopedEnv runtime("XDG_RUNTIME_DIR", dir.File("run"));
+    const std::string folder = PortsFile::Folder("/proc");  // /proc takes no new files, whoever asks
+    EXPECT_EQ(folder, dir.File("run/meridex"));
+    EXPECT_TRUE(std::filesystem::is_directory(folder));
 }

