@@ -70,7 +70,7 @@ TEST_F(NewSiteDialog, ListsTheMapsDevicesWithTheirIconsAndShowsTheFirst) {
     EXPECT_TRUE(Shown("lblSummary").contains("\r\nNAME = Telemetry\r\nTYPE = IP\r\nMETHOD = TCP"));
 }
 
-TEST_F(NewSiteDialog, OkGivesANamedSiteWithACopyOfTheChosenProfile) {
+TEST_F(NewSiteDialog, OkGivesANamedSiteWithACopyOfTheChosenProfileOrAnEmptyProfileWithNoDevice) {
     Child<QLineEdit>(&dialog_, "txtName")->setText("Weir");
     Devices()->setCurrentItem(Devices()->topLevelItem(1));
     Click(Child<QPushButton>(&dialog_, "cmdOK"));
@@ -81,17 +81,17 @@ TEST_F(NewSiteDialog, OkGivesANamedSiteWithACopyOfTheChosenProfile) {
     EXPECT_EQ(site.Parameter("NAME").Text(), "Office Modem");
     EXPECT_NE(site.Profile(), map_->ApplicationProfile(2));
     EXPECT_EQ(map_->ApplicationProfile(2).Parent(), map_->ApplicationProfiles());
-}
 
-TEST_F(NewSiteDialog, OkWithNoDeviceSelectedGivesAnEmptyProfileAndAnEmptyNameIsAccepted) {
+    // With no device selected the profile is empty, and an empty name is accepted.
+    ASSERT_TRUE(ShowActive(&dialog_));
     Child<QLineEdit>(&dialog_, "txtName")->clear();
     Devices()->clearSelection();
     Click(Child<QPushButton>(&dialog_, "cmdOK"));
-    const Site site = dialog_.NewSite();
-    ASSERT_FALSE(site.IsNull());
-    EXPECT_EQ(site.Name(), "");
-    EXPECT_FALSE(site.Profile().IsNull());
-    EXPECT_EQ(site.ParameterCount(), 0);
+    const Site empty = dialog_.NewSite();
+    ASSERT_FALSE(empty.IsNull());
+    EXPECT_EQ(empty.Name(), "");
+    EXPECT_FALSE(empty.Profile().IsNull());
+    EXPECT_EQ(empty.ParameterCount(), 0);
 }
 
 TEST_F(NewSiteDialog, CancelAndTheCloseBoxGiveNone) {

@@ -277,9 +277,13 @@ TEST_F(AddressBookEditor, AParameterNameMustNameAnElementAndMayRepeatOne) {
     EXPECT_EQ(Saved().FindSite("\\Depot").ParameterCount(), 5);
 }
 
-TEST_F(AddressBookEditor, EditingAValueTellsCancelFromAnEmptyAnswer) {
+TEST_F(AddressBookEditor, EditingAValueTellsCancelFromAnEmptyAnswerAndDeletingAParameterAsks) {
     Open();
     ClickNode(Node("\\Depot"));
+    Button("DELETEPARAM")->trigger();  // no row selected: nothing asked
+    Button("EDITPARAM")->trigger();
+    EXPECT_TRUE(ui_->Messages().empty());
+    EXPECT_TRUE(ui_->Inputs().empty());
     ClickRow(Parameters(), Parameters()->topLevelItem(3));
     ui_->QueueInput(std::nullopt);
     Button("EDITPARAM")->trigger();
@@ -297,22 +301,18 @@ TEST_F(AddressBookEditor, EditingAValueTellsCancelFromAnEmptyAnswer) {
     ui_->QueueInput(std::string("0800 1"));
     DoubleClickRow(Parameters(), Parameters()->topLevelItem(3));
     EXPECT_EQ(ParameterRows()[3], "PHONENUMBER=0800 1");
-    EXPECT_EQ(Saved().FindSite("\\Depot").Parameter("PHONENUMBER").Text(), "0800 1");
-}
 
-TEST_F(AddressBookEditor, DeletingAParameterAsksAndRemovesItsRow) {
-    Open();
-    ClickNode(Node("\\Depot"));
-    Button("DELETEPARAM")->trigger();  // no row selected: nothing asked
-    EXPECT_TRUE(ui_->Messages().empty());
+    // Deleting asks, and removes the row.
     ClickRow(Parameters(), Parameters()->topLevelItem(1));
     ui_->QueueMessageResult(MessageResult::OK);
     Button("DELETEPARAM")->trigger();
     ASSERT_EQ(ui_->Messages().size(), 1u);
     EXPECT_EQ(ui_->Messages()[0].text, "Delete the parameter: TYPE");
     EXPECT_EQ(ui_->Messages()[0].icon, MessageIcon::Question);
-    EXPECT_EQ(ParameterRows(), (QStringList{"NAME=Modem", "METHOD=PHONEMODEM", "PHONENUMBER=0311 555 1002"}));
-    EXPECT_TRUE(Saved().FindSite("\\Depot").Parameter("TYPE").IsNull());
+    EXPECT_EQ(ParameterRows(), (QStringList{"NAME=Modem", "METHOD=PHONEMODEM", "PHONENUMBER=0800 1"}));
+    const Site saved = Saved().FindSite("\\Depot");
+    EXPECT_TRUE(saved.Parameter("TYPE").IsNull());
+    EXPECT_EQ(saved.Parameter("PHONENUMBER").Text(), "0800 1");
 }
 
 TEST_F(AddressBookEditor, AGroupListsItsSubGroupsThenItsSitesAndRenamingChangesTheNameOnly) {

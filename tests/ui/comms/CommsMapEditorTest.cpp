@@ -301,7 +301,7 @@ TEST_F(CommsMapEditor, WhatIsTypedIsStoredZeroIncludedAndEveryFieldHasAControl) 
     EXPECT_EQ(Field(saved->ApplicationProfile(Index(1)), "TELSWITCH"), "0");
 }
 
-TEST_F(CommsMapEditor, AValueReadFromTheFileStaysAsItIsUntilItIsTyped) {
+TEST_F(CommsMapEditor, AValueReadFromTheFileStaysAsItIsUntilItIsTypedAndAnUnreadableFileIsSaidSo) {
     const std::string odd = Replaced(Replaced(original, "<PORT>9000</PORT>", "<PORT>0</PORT>"), "<TIMEOUT>10</TIMEOUT>",
                                      "<TIMEOUT> 10 </TIMEOUT>");
     ASSERT_TRUE(FileOps::WriteFileAtomic(path, odd));
@@ -315,12 +315,11 @@ TEST_F(CommsMapEditor, AValueReadFromTheFileStaysAsItIsUntilItIsTyped) {
     EXPECT_FALSE(editor->isVisible());
     EXPECT_TRUE(prompts->Messages().empty());
     EXPECT_EQ(ReadAll(path), odd);
-}
 
-TEST_F(CommsMapEditor, AMapFileThatCannotBeReadIsSaidSoWhenTheEditorOpens) {
+    // A map file that cannot be read is said so when the editor opens.
     ASSERT_TRUE(FileOps::WriteFileAtomic(path, "<COMMSPROFILES><PROFILE>"));
-    frmCommsMap editor(prompts, comms.ports, comms.store);
-    EXPECT_FALSE(editor.LoadMap(path));
+    frmCommsMap broken(prompts, comms.ports, comms.store);
+    EXPECT_FALSE(broken.LoadMap(path));
     ASSERT_EQ(prompts->Messages().size(), 1U);
     EXPECT_NE(prompts->Messages()[0].text.find("could not be read"), std::string::npos) << prompts->Messages()[0].text;
     EXPECT_EQ(prompts->Messages()[0].icon, MessageIcon::Exclamation);
