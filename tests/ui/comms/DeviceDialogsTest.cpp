@@ -173,20 +173,6 @@ TEST_F(SelectDevice, EscapeAndTheCloseBoxCloseWithNone) {
     }
 }
 
-TEST_F(SelectDevice, ADoubleClickClosesOnADeviceButNotOnEmptySpace) {
-    ASSERT_TRUE(ShowActive(&form));
-    ClickRow(tree, Device(3));
-    // Below the last node there is no node to double-click.
-    const QPoint below(10, tree->visualItemRect(Device(Root()->childCount() - 1)).bottom() + 40);
-    ASSERT_EQ(tree->itemAt(below), nullptr);
-    QTest::mouseDClick(tree->viewport(), Qt::LeftButton, {}, below);
-    EXPECT_TRUE(form.isVisible());
-
-    DoubleClickRow(tree, Device(3));
-    EXPECT_FALSE(form.isVisible());
-    EXPECT_TRUE(form.SelectedDevice() == map->ApplicationProfile(Index(4)));
-}
-
 TEST(SelectDeviceEmpty, AnEmptyMapShowsOnlyTheRootAndEscapeGivesNone) {
     CommsFixture comms;
     auto map = comms.Manager();
@@ -204,14 +190,21 @@ TEST(SelectDeviceEmpty, AnEmptyMapShowsOnlyTheRootAndEscapeGivesNone) {
     EXPECT_TRUE(form.SelectedDevice().IsNull());
 }
 
-TEST_F(SelectDevice, TheFacadeAnswersTheChosenProfile) {
+TEST_F(SelectDevice, TheFacadeAnswersTheProfileDoubleClickedButADoubleClickOnEmptySpaceDoesNothing) {
     const ui::V4Dialogs dialogs(std::make_shared<RecordingUserInterface>());
     XmlNode chosen;
     ModalScript()
         .Then([](QWidget* modal) {
             EXPECT_EQ(modal->objectName(), "frmSelectDevice");
             auto* devices = Child<QTreeWidget>(modal, "tvDevices");
-            DoubleClickRow(devices, devices->topLevelItem(0)->child(4));
+            QTreeWidgetItem* root = devices->topLevelItem(0);
+            ClickRow(devices, root->child(3));
+            // Below the last node there is no node to double-click.
+            const QPoint below(10, devices->visualItemRect(root->child(root->childCount() - 1)).bottom() + 40);
+            ASSERT_EQ(devices->itemAt(below), nullptr);
+            QTest::mouseDClick(devices->viewport(), Qt::LeftButton, {}, below);
+            EXPECT_TRUE(modal->isVisible());
+            DoubleClickRow(devices, root->child(4));
         })
         .Run([&] { chosen = dialogs.SelectCommsDevice(*map); });
     EXPECT_TRUE(chosen == map->ApplicationProfile(Index(5)));
