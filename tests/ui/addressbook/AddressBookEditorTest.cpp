@@ -451,9 +451,9 @@ TEST_F(AddressBookEditor, ImportAsksFirstSaysSoWhenItFoundNothingAndFillsTheTree
     const int before = Node("\\North\\Hill")->childCount();
     for (const auto& c : cases) {
         const bool modem = c.scheme && std::string(c.scheme).starts_with("North");
-        if (c.scheme)
-            dir_.Write(std::string("schemes/") + c.scheme,
-                       SchemeText({ProfileText("RS232", modem ? "PHONEMODEM" : "DIRECT", modem ? "Logger Modem" : "Cable")}));
+        const std::string profile = modem ? ProfileText("RS232", "PHONEMODEM", "Logger Modem")
+                                          : ProfileText("RS232", "DIRECT", "Cable");
+        if (c.scheme) dir_.Write(std::string("schemes/") + c.scheme, SchemeText({profile}));
         ui_->Clear();
         ui_->QueueMessageResult(c.answer);
         Control<QAction>("mnuImport")->trigger();

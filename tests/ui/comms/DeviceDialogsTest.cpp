@@ -116,7 +116,8 @@ TEST_F(NewDevice, TheFacadeAnswersTheNewDeviceOrNone) {
                 Click(Child<QPushButton>(modal, button));
             })
             .Run([&] { device = dialogs.SelectNewCommsDevice(); });
-        EXPECT_EQ(device.IsNull() ? "none" : Field(device, "PROXYPORT"), button == std::string("cmdOK") ? "9002" : "none");
+        const std::string expected = button == std::string("cmdOK") ? "9002" : "none";
+        EXPECT_EQ(device.IsNull() ? "none" : Field(device, "PROXYPORT"), expected);
     }
 }
 
