@@ -77,20 +77,6 @@ inline std::string WriteSmallBook(const TempDir& dir) {
 
 #include <QString>
 #include <QStringList>
-#include <QTreeWidget>
-
-#include <meridex/ui/frame/ImageKeys.h>
-
-namespace meridex::test {
-
-// The node of tree whose key is key, anywhere in it; null when none.
-inline QTreeWidgetItem* FindNode(QTreeWidget* tree, const QString& key) {
-    for (QTreeWidgetItemIterator it(tree); *it; ++it)
-        if (ui::ItemKey(*it) == key) return *it;
-    return nullptr;
-}
-
-}  // namespace meridex::test
 
 // Readable QString values in failure messages.
 inline void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }

@@ -16,9 +16,9 @@
 using namespace meridex;
 using namespace meridex::test;
 
-TEST(QtUserInterface, MessageBoxShowsTextIconButtonsAndCaption) {
+TEST(QtUserInterface, MessageBoxShowsTextIconButtonsAndCaptionAndAnswersTheButtonClicked) {
     ui::QtUserInterface qt;
-    MessageResult result{};
+    MessageResult ok{}, no{};
     ModalScript()
         .Then([](QWidget* modal) {
             QMessageBox* box = AsMessageBox(modal);
@@ -28,11 +28,17 @@ TEST(QtUserInterface, MessageBoxShowsTextIconButtonsAndCaption) {
             EXPECT_EQ(box->standardButtons(), QMessageBox::Ok);
             Answer(modal, QMessageBox::Ok);
         })
+        .Then([](QWidget* modal) {
+            EXPECT_EQ(AsMessageBox(modal)->standardButtons(), QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+            Answer(modal, QMessageBox::No);
+        })
         .Run([&] {
-            result = qt.MessageBox("Error 53 - File not found\r\n\r\nIn subroutine: x:y", MessageButtons::OK,
-                                   MessageIcon::Critical, {});
+            ok = qt.MessageBox("Error 53 - File not found\r\n\r\nIn subroutine: x:y", MessageButtons::OK,
+                               MessageIcon::Critical, {});
+            no = qt.MessageBox("Save?", MessageButtons::YesNoCancel, MessageIcon::Question, {});
         });
-    EXPECT_EQ(result, MessageResult::OK);
+    EXPECT_EQ(ok, MessageResult::OK);
+    EXPECT_EQ(no, MessageResult::No);
 }
 
 TEST(QtUserInterface, EnterChoosesTheDefaultButtonAndEscapeCancels) {
@@ -53,18 +59,6 @@ TEST(QtUserInterface, EnterChoosesTheDefaultButtonAndEscapeCancels) {
     EXPECT_EQ(ask(MessageDefaultButton::Second, Qt::Key_Return), MessageResult::Cancel);
     EXPECT_EQ(ask(MessageDefaultButton::First, Qt::Key_Return), MessageResult::OK);
     EXPECT_EQ(ask(MessageDefaultButton::First, Qt::Key_Escape), MessageResult::Cancel);
-}
-
-TEST(QtUserInterface, YesNoCancelAnswersTheButtonClicked) {
-    ui::QtUserInterface qt;
-    MessageResult result{};
-    ModalScript()
-        .Then([](QWidget* modal) {
-            EXPECT_EQ(AsMessageBox(modal)->standardButtons(), QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-            Answer(modal, QMessageBox::No);
-        })
-        .Run([&] { result = qt.MessageBox("Save?", MessageButtons::YesNoCancel, MessageIcon::Question, {}); });
-    EXPECT_EQ(result, MessageResult::No);
 }
 
 TEST(QtUserInterface, ChooseOffersOneButtonPerChoiceAndAnswersItsIndex) {

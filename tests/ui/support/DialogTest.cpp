@@ -21,6 +21,22 @@ void Click(QAbstractButton* button) { QTest::mouseClick(button, Qt::LeftButton);
 
 void Type(QWidget* widget, const QString& text) { QTest::keyClicks(widget, text); }
 
+void ClickRow(QTreeWidget* list, QTreeWidgetItem* row) {
+    list->scrollToItem(row);
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(row).center());
+}
+
+void DoubleClickRow(QTreeWidget* list, QTreeWidgetItem* row) {
+    ClickRow(list, row);
+    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(row).center());
+}
+
+QTreeWidgetItem* Keyed(QTreeWidget* list, const QString& key) {
+    for (QTreeWidgetItemIterator it(list); *it; ++it)
+        if (ui::ItemKey(*it) == key) return *it;
+    return nullptr;
+}
+
 namespace {
 
 template <class Read>

@@ -16,6 +16,7 @@
 #include <QWidget>
 
 class QTreeWidget;
+class QTreeWidgetItem;
 
 namespace meridex::test {
 
@@ -37,6 +38,13 @@ T* Child(const QWidget* root, const QString& name) {
 void Click(QAbstractButton* button);
 /// Types text into widget key by key.
 void Type(QWidget* widget, const QString& text);
+
+/// A left click in the middle of row of list (a tree's node is scrolled into view first).
+void ClickRow(QTreeWidget* list, QTreeWidgetItem* row);
+/// A double click on row, as a person gives it: a click, then the double click.
+void DoubleClickRow(QTreeWidget* list, QTreeWidgetItem* row);
+/// The row of list (a node of a tree, at any depth) whose item key is key; null when none.
+QTreeWidgetItem* Keyed(QTreeWidget* list, const QString& key);
 
 /// The text, item key, image key and check mark of each row of a list view.
 QStringList Texts(const QTreeWidget* list);
