@@ -306,21 +306,21 @@ TEST(SyncSchemes, AnUnreadableFolderIsSkippedAndNothingUnderItIsCalledOneSided) 
     }
 }
 
-// A scan that called itself once a level would need more than 160 bytes of stack a level and
-// overflow the small stack it is given here (a recursive sketch failed at 200 levels, optimised);
-// a loop over a list of folders needs no more at the bottom than at the top. (Wine's own calls
-// are given more room.)
+// A scan that called itself once a level would have to make do with under 200 bytes of stack a
+// level to get through the small stack it is given here (a recursive sketch needed over 320,
+// optimised); a loop over a list of folders needs no more at the bottom than at the top, even
+// under AddressSanitizer. (Wine's own calls are given more room.)
 TEST(SyncSchemes, AVeryDeepTreeIsScannedWithoutRecursion) {
     Trees t;
     std::string deep = "local";
-    for (int level = 0; level < 400; ++level) {
+    for (int level = 0; level < 500; ++level) {
         deep += "/d";
         // Longer than the classic path limit: the library's own call makes it on Windows too.
         ASSERT_NO_THROW(FileOps::CreateFolderPath(t.dir.File(deep)));
     }
     WriteDated(t.dir, deep + "/Deep.SXS", "deep", T);
     SyncSchemes sync;
-    OnSmallStack(kBackSlashSeparates ? 1024 * 1024 : 64 * 1024, [&] { sync.GetSchemeList(t.remote, t.local); });
+    OnSmallStack(kBackSlashSeparates ? 1024 * 1024 : 96 * 1024, [&] { sync.GetSchemeList(t.remote, t.local); });
     ASSERT_EQ(sync.NewerLocalFiles().Count(), 1);
     sync.NewerLocalFiles().Item(1).setSyncOptions(syncUpdate);
     sync.Sync();
