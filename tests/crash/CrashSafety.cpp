@@ -17,13 +17,9 @@
 #include <string>
 #include <vector>
 
-#include "TempDir.h"
-#include <meridex/frame/DiskSteps.h>
+#include "../comms/CommsTestSupport.h"
 #include <meridex/addressbook/AddressBook.h>
-#include <meridex/comms/CommsProfileManager.h>
-#include <meridex/frame/XmlDocument.h>
-#include <meridex/platform/SerialPortSource.h>
-#include <meridex/platform/linux/IniUserStore.h>
+#include <meridex/frame/DiskSteps.h>
 #include <meridex/settings/Settings.h>
 
 using namespace meridex;
@@ -39,11 +35,29 @@ struct SlowDisk : FileOps::DiskSteps {
     }
 };
 
-class NoPorts : public SerialPortSource {
-public:
-    std::vector<SerialPort> ListPorts() override { return {}; }
-    bool Probe(const SerialPort&) override { return false; }
-};
+const char* const kNames[] = {"settings.xml", "book.xml", "map.xml"};
+
+// Version v of document d (settings, book, map): some hundreds of KB, text
+// above 127 included, so that a save takes many writes.
+std::string Source(int d, int v) {
+    const std::string version = std::to_string(v);
+    std::string sites;
+    for (int s = 0; s < 20; ++s)
+        sites += "<SITE><KEY>S" + std::to_string(s) + "</KEY><NAME>Site v" + version + "</NAME></SITE>";
+    std::string text = d == 0   ? "<V4SETTINGS><VERSION>" + version + "</VERSION>"
+                       : d == 1 ? "<V4ADDRESSBOOK>"
+                                : "<?xml version=\"1.0\" encoding=\"windows-1252\"?><COMMSPROFILES>";
+    for (int i = 0; i < 6000; ++i) {
+        const std::string n = std::to_string(i);
+        if (d == 0) text += "<K" + n + ">B\xC3\xBCro \xE2\x82\xAC " + version + "</K" + n + ">";
+        if (d == 1 && i < 40) text += "<GROUP><KEY>G" + n + "</KEY><NAME>Group " + n + "</NAME>" + sites + "</GROUP>";
+        const std::string port = std::to_string(i + 1);
+        if (d == 2 && i < 200)
+            text += "<PROFILE><KEY>PROFILE" + port + "</KEY><NAME>Direct to COM" + port + " v" + version +
+                    "</NAME><TYPE>RS232</TYPE><METHOD>DIRECT</METHOD><COMMPORT>" + port + "</COMMPORT></PROFILE>";
+    }
+    return text + (d == 0 ? "<PROFILES/></V4SETTINGS>" : d == 1 ? "</V4ADDRESSBOOK>" : "</COMMSPROFILES>");
+}
 
 // The two versions of the three documents, loaded once, so that a process
 // forked from here does nothing but save.
@@ -60,41 +74,9 @@ struct Documents {
     }
 };
 
-const char* const kNames[] = {"settings.xml", "book.xml", "map.xml"};
-
-std::string Settings1(const test::TempDir& dir, int version) {
-    // About 300 KB, text above 127 included, so a save takes many writes.
-    std::string text = "<V4SETTINGS><VERSION>" + std::to_string(version) + "</VERSION>";
-    for (int i = 0; i < 6000; ++i) text += "<K" + std::to_string(i) + ">B\xC3\xBCro \xE2\x82\xAC " + std::to_string(version) + "</K" + std::to_string(i) + ">";
-    return dir.Write("source/settings" + std::to_string(version) + ".xml", text + "<PROFILES/></V4SETTINGS>");
-}
-
-std::string Book(const test::TempDir& dir, int version) {
-    std::string text = "<V4ADDRESSBOOK>";
-    for (int g = 0; g < 40; ++g) {
-        text += "<GROUP><KEY>G" + std::to_string(g) + "</KEY><NAME>Group " + std::to_string(g) + "</NAME>";
-        for (int s = 0; s < 20; ++s)
-            text += "<SITE><KEY>S" + std::to_string(s) + "</KEY><NAME>Site v" + std::to_string(version) + "</NAME></SITE>";
-        text += "</GROUP>";
-    }
-    return dir.Write("source/book" + std::to_string(version) + ".xml", text + "</V4ADDRESSBOOK>");
-}
-
-std::string Map(const test::TempDir& dir, int version) {
-    std::string text = "<?xml version=\"1.0\" encoding=\"windows-1252\"?><COMMSPROFILES>";
-    for (int p = 1; p <= 200; ++p)
-        text += "<PROFILE><KEY>PROFILE" + std::to_string(p) + "</KEY><NAME>Direct to COM" + std::to_string(p) +
-                " v" + std::to_string(version) + "</NAME><TYPE>RS232</TYPE><METHOD>DIRECT</METHOD><COMMPORT>" +
-                std::to_string(p) + "</COMMPORT></PROFILE>";
-    return dir.Write("source/map" + std::to_string(version) + ".xml", text + "</COMMSPROFILES>");
-}
-
 std::vector<std::string> Hidden(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        const std::string name = entry.path().filename();
-        if (name[0] == '.') names.push_back(name);
-    }
+    std::vector<std::string> names = test::TempDir::Entries(folder);
+    std::erase_if(names, [](const std::string& name) { return name[0] != '.'; });
     return names;
 }
 
@@ -103,15 +85,15 @@ std::vector<std::string> Hidden(const std::string& folder) {
 int main(int argc, char** argv) {
     const int kills = argc > 1 ? std::atoi(argv[1]) : 100;
     test::TempDir dir;
-    auto ports = std::make_shared<NoPorts>();
-    auto store = std::make_shared<IniUserStore>(dir.File("config"));
+    test::CommsFixture comms;
     Documents documents;
     std::string saved[2][3];  // the exact bytes of each complete document
     for (int v = 0; v < 2; ++v) {
-        documents.settings[v].LoadSettings(Settings1(dir, v));
-        documents.books[v].LoadAddressBook(Book(dir, v));
-        documents.maps[v] = std::make_unique<CommsProfileManager>(ports, store);
-        documents.maps[v]->LoadXMLMapFile(Map(dir, v));
+        const auto source = [&](int d) { return dir.Write(std::to_string(v) + kNames[d], Source(d, v)); };
+        documents.settings[v].LoadSettings(source(0));
+        documents.books[v].LoadAddressBook(source(1));
+        documents.maps[v] = comms.Manager();
+        documents.maps[v]->LoadXMLMapFile(source(2));
         const std::string reference = dir.File("reference" + std::to_string(v));
         std::filesystem::create_directories(reference);
         if (!documents.Save(v, reference)) return 2;

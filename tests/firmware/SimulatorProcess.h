@@ -1,6 +1,5 @@
 #pragma once
 #include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -8,6 +7,8 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
+#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
@@ -34,30 +35,18 @@ public:
             ::_exit(127);
         }
         ::close(out[1]);
-        std::string line;
-        auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        while (line.find('\n') == std::string::npos && std::chrono::steady_clock::now() < deadline) {
-            pollfd p{out[0], POLLIN, 0};
-            if (::poll(&p, 1, 100) <= 0) continue;
-            char c[256];
-            ssize_t n = ::read(out[0], c, sizeof c);
-            if (n <= 0) break;
-            line.append(c, static_cast<std::size_t>(n));
-        }
-        ::close(out[0]);
-        std::size_t space = line.find(' '), end = line.find('\n');
-        if (space == std::string::npos || end == std::string::npos) return;
-        kind_ = line.substr(0, space);
-        where_ = line.substr(space + 1, end - space - 1);
+        // Its first line: "PTY", "TCP" or "UDP", a space, and the device or "127.0.0.1:PORT".
+        FILE* in = ::fdopen(out[0], "r");
+        char line[512] = "";
+        const char* space = in && std::fgets(line, sizeof line, in) ? std::strchr(line, ' ') : nullptr;
+        if (in) std::fclose(in);
+        if (space && std::strchr(space, '\n')) where_.assign(space + 1, std::strcspn(space + 1, "\n"));
     }
     ~SimulatorProcess() { Stop(); }
     SimulatorProcess(const SimulatorProcess&) = delete;
     SimulatorProcess& operator=(const SimulatorProcess&) = delete;
 
     bool Ready() const { return !where_.empty(); }
-    // "PTY", "TCP" or "UDP", and the device or "127.0.0.1:PORT".
-    const std::string& Kind() const { return kind_; }
-    const std::string& Where() const { return where_; }
     std::uint16_t Port() const {
         std::size_t colon = where_.rfind(':');
         return colon == std::string::npos ? 0 : static_cast<std::uint16_t>(std::stoi(where_.substr(colon + 1)));
@@ -83,7 +72,6 @@ public:
 
 private:
     pid_t pid_ = -1;
-    std::string kind_;
     std::string where_;
 };
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
 
 #include "SimulatorProcess.h"
 #include "TempDir.h"
@@ -43,17 +44,21 @@ LinkLogger::Options Quick() {
 class Upgrade : public ::testing::Test {
 protected:
     // A simulated WL400 at version 1.0.0 with 256-byte blocks; the image has 40 blocks.
-    std::vector<std::string> Args(const std::string& link, std::vector<std::string> more = {}) const {
-        std::vector<std::string> args = {"--flash", dir.File("flash.bin"), "--model", "WL400", "--serial", "7001",
+    std::vector<std::string> Args(const std::string& link, std::vector<std::string> more = {},
+                                  const std::string& flash = "flash.bin") const {
+        std::vector<std::string> args = {"--flash", dir.File(flash), "--model", "WL400", "--serial", "7001",
                                          "--version", "1.0.0", "--block-size", "256"};
         if (link == "pty") args.insert(args.end(), {"--pty", "--link", dir.File("ttyLogger")});
         else args.insert(args.end(), {"--" + link, "0"});
         args.insert(args.end(), more.begin(), more.end());
         return args;
     }
-    std::unique_ptr<LinkLogger> Tcp(const SimulatorProcess& sim, LinkLogger::Options options = Quick()) {
+    // The simulator's logger over TCP, or over UDP.
+    std::unique_ptr<LinkLogger> Tcp(const SimulatorProcess& sim, LinkLogger::Options options = Quick(),
+                                    bool udp = false) {
         std::string error;
-        auto logger = LoggerLinks::OpenTcp("127.0.0.1", sim.Port(), error, options);
+        auto logger = udp ? LoggerLinks::OpenUdp("127.0.0.1", sim.Port(), error, options)
+                          : LoggerLinks::OpenTcp("127.0.0.1", sim.Port(), error, options);
         EXPECT_TRUE(logger) << error;
         return logger;
     }
@@ -137,23 +142,26 @@ TEST_F(Upgrade, OverAPseudoTerminalALinkDroppedAtABlockLeavesTheLoaderAndASecond
     EXPECT_EQ(events.steps[1], UpgradeStep::Erase);  // already in its loader
 }
 
-TEST_F(Upgrade, ACorruptedBlockIsSentAgainAndTheUpgradeSucceeds) {
-    SimulatorProcess sim(Args("tcp", {"--corrupt-block", "5"}));
-    ASSERT_TRUE(sim.Ready());
-    UpgradeResult r = Tcp(sim)->LoadFirmware(image, nullptr);
-    ASSERT_TRUE(r.Ok()) << r.message;
-    EXPECT_EQ(r.identity.firmwareVersion, "2.0.0");
-}
-
-TEST_F(Upgrade, OverUdpTheUpgradeCompletes) {
-    SimulatorProcess sim(Args("udp"));
-    ASSERT_TRUE(sim.Ready());
-    std::string error;
-    auto logger = LoggerLinks::OpenUdp("127.0.0.1", sim.Port(), error, Quick());
-    ASSERT_TRUE(logger) << error;
-    UpgradeResult r = logger->LoadFirmware(image, nullptr);
-    ASSERT_TRUE(r.Ok()) << r.message;
-    EXPECT_EQ(r.identity.firmwareVersion, "2.0.0");
+// A block damaged on the way is sent again; over UDP the upgrade completes too; a logger that refuses
+// to erase keeps its old firmware, whole, and stays reachable in its loader.
+TEST_F(Upgrade, ALinkOrLoggerThatMisbehavesEndsAsItShould) {
+    const std::vector<std::tuple<std::string, std::vector<std::string>, UpgradeStatus, std::string>> rows = {
+        {"tcp", {"--corrupt-block", "5"}, UpgradeStatus::Ok, ""},
+        {"udp", {}, UpgradeStatus::Ok, ""},
+        {"tcp", {"--refuse-erase"}, UpgradeStatus::LoggerRefused, "refused to erase"}};
+    int n = 0;
+    for (const auto& [link, flags, status, said] : rows) {
+        SimulatorProcess sim(Args(link, flags, "flash" + std::to_string(++n)));
+        ASSERT_TRUE(sim.Ready());
+        auto logger = Tcp(sim, Quick(), link == "udp");
+        ASSERT_TRUE(logger);
+        UpgradeResult r = logger->LoadFirmware(image, nullptr);
+        EXPECT_EQ(r.status, status) << r.message;
+        EXPECT_NE(r.message.find(said), std::string::npos) << r.message;
+        LoggerIdentity who = Who(*logger);
+        EXPECT_EQ(who.firmwareVersion, r.Ok() ? "2.0.0" : "1.0.0");
+        EXPECT_EQ(who.inLoader, !r.Ok());
+    }
 }
 
 TEST_F(Upgrade, DamagedOrForeignImagesAreRefusedWithNothingWritten) {
@@ -192,10 +200,7 @@ TEST_F(Upgrade, CancellingMidWayLeavesTheLoaderAndSaysSo) {
     EXPECT_TRUE(Who(*logger).inLoader);
 
     // Cancelled before anything changed, the logger keeps running.
-    TempDir other;
-    std::vector<std::string> args = Args("tcp");
-    args[1] = other.File("flash.bin");
-    SimulatorProcess fresh(args);
+    SimulatorProcess fresh(Args("tcp", {}, "fresh.bin"));
     ASSERT_TRUE(fresh.Ready());
     Recorder early;
     early.cancelAfter = 1;
@@ -219,9 +224,7 @@ TEST_F(Upgrade, ALoggerThatNeverAnswersTimesOutWithAClearMessage) {
     EXPECT_EQ(r.message, "The logger did not answer while identifying it (TCP 127.0.0.1:" + std::to_string(sim.Port()) + ").");
 
     // Slow but within the time-out is fine.
-    std::vector<std::string> args = Args("tcp", {"--reply-delay", "20"});
-    args[1] = dir.File("slow.bin");
-    SimulatorProcess slow(args);
+    SimulatorProcess slow(Args("tcp", {"--reply-delay", "20"}, "slow.bin"));
     ASSERT_TRUE(slow.Ready());
     options.replyTimeout = 1s;
     EXPECT_TRUE(Tcp(slow, options)->Identify().Ok());
@@ -233,34 +236,21 @@ TEST_F(Upgrade, ALoggerThatNeverAnswersTimesOutWithAClearMessage) {
     EXPECT_NE(error.find("TCP 127.0.0.1:"), std::string::npos) << error;
 }
 
-TEST_F(Upgrade, ARefusedEraseIsReportedAndTheLoggerStaysReachable) {
-    SimulatorProcess sim(Args("tcp", {"--refuse-erase"}));
-    ASSERT_TRUE(sim.Ready());
-    auto logger = Tcp(sim);
-    UpgradeResult r = logger->LoadFirmware(image, nullptr);
-    EXPECT_EQ(r.status, UpgradeStatus::LoggerRefused);
-    EXPECT_NE(r.message.find("refused to erase"), std::string::npos) << r.message;
-    LoggerIdentity who = Who(*logger);
-    EXPECT_TRUE(who.inLoader);
-    EXPECT_EQ(who.firmwareVersion, "1.0.0");  // nothing erased: the old firmware is still whole
-}
-
 TEST(LoggerLinks, ProfilesThatCannotCarryAnUpgradeAreRefusedWithTheReason) {
     TempDir dir;
     auto store = std::make_shared<IniUserStore>(dir.File("config"));
     auto ports = std::make_shared<LinuxSerialPortSource>(store);
     CommsProfileManager map(ports, store);
-    std::string error;
-    EXPECT_FALSE(LoggerLinks::OpenProfile(map.AddGPRSProxyConnection(), *ports, error));
-    EXPECT_NE(error.find("GPRSPROXY"), std::string::npos) << error;
-    EXPECT_FALSE(LoggerLinks::OpenProfile(map.AddRS232Direct(""), *ports, error));
-    EXPECT_NE(error.find("names no serial port"), std::string::npos) << error;
-    EXPECT_FALSE(LoggerLinks::OpenProfile(map.AddRS232Direct("250"), *ports, error));
-    EXPECT_EQ(error, "COM250 is not a serial port of this PC");
     XmlNode tcp = map.AddTCPConnection();
     ProfileXml::SetChild(tcp, "PORT", "70000");
-    EXPECT_FALSE(LoggerLinks::OpenProfile(tcp, *ports, error));
-    EXPECT_NE(error.find("port between 1 and 65535"), std::string::npos) << error;
+    const std::vector<std::pair<XmlNode, std::string>> refused = {
+        {map.AddGPRSProxyConnection(), "GPRSPROXY"}, {map.AddRS232Direct(""), "names no serial port"},
+        {map.AddRS232Direct("250"), "COM250 is not a serial port of this PC"}, {tcp, "port between 1 and 65535"}};
+    std::string error;
+    for (const auto& [profile, reason] : refused) {
+        EXPECT_FALSE(LoggerLinks::OpenProfile(profile, *ports, error));
+        EXPECT_NE(error.find(reason), std::string::npos) << error;
+    }
 
     std::string host;
     std::uint16_t port = 0;

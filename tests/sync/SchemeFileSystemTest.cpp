@@ -8,12 +8,6 @@
 using namespace meridex;
 using namespace meridex::test;
 
-namespace {
-
-std::vector<std::string> Names(const std::string& folder) { return TempDir::Entries(folder); }
-
-}  // namespace
-
 TEST(SchemeFileSystem, CopyGivesTheSourcesExactTimesAndTheTargetsMode) {
     TempDir dir;
     std::string source = WriteDated(dir, "a/Site.SXS", "new scheme", 1700000000, 123456700);  // Windows keeps times to 100 ns
@@ -31,7 +25,7 @@ TEST(SchemeFileSystem, CopyGivesTheSourcesExactTimesAndTheTargetsMode) {
               std::filesystem::perms(0640));
 #endif
     EXPECT_EQ(TempDir::Read(target), "new scheme");
-    EXPECT_EQ(Names(dir.File("b")), std::vector<std::string>{"Site.SXS"});
+    EXPECT_EQ(TempDir::Entries(dir.File("b")), std::vector<std::string>{"Site.SXS"});
 }
 
 TEST(SchemeFileSystem, BackupTakesTheFirstFreeNumberAndKeepsTheOldBytesAndTimes) {
@@ -97,5 +91,5 @@ TEST(SchemeFileSystem, AFailedCopyLeavesTheTargetUntouchedAndNoTemporaryFile) {
 
     EXPECT_EQ(TempDir::Read(target), "the only good copy");
     EXPECT_EQ(StatOf(target).Modified().tv_nsec, 500);
-    EXPECT_EQ(Names(dir.File("b")), (std::vector<std::string>{"Other.SXS", "Site.SXS"}));
+    EXPECT_EQ(TempDir::Entries(dir.File("b")), (std::vector<std::string>{"Other.SXS", "Site.SXS"}));
 }

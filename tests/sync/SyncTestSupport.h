@@ -9,6 +9,7 @@
 
 #include <meridex/sync/SchemeFileSystem.h>
 #include <meridex/sync/SyncEvents.h>
+#include <meridex/sync/SyncSchemes.h>
 
 namespace meridex::test {
 
@@ -24,15 +25,22 @@ inline std::string WriteDated(const TempDir& dir, const std::string& name, const
 // What is known of a file now: its times as the file system keeps them.
 inline FileInfo StatOf(const std::string& path) { return FileInfo::FromPath(path); }
 
+// Records the events; cancels sync at the given found file or copy (counted from 1) when asked to.
 struct RecordedEvents : SyncEvents {
     std::vector<std::string> found;
     std::vector<std::string> copies;  // source + " -> " + destination
     std::vector<int> progress;
     std::vector<std::string> errors;  // destination + ": " + description
-    void FoundFiles(const std::string& file) override { found.push_back(file); }
+    SyncSchemes* sync = nullptr;
+    std::size_t cancelAtFound = 0, cancelAtCopy = 0;
+    void FoundFiles(const std::string& file) override {
+        found.push_back(file);
+        if (found.size() == cancelAtFound) sync->CancelSearch();
+    }
     void CopyFiles(const std::string& source, const std::string& destination, std::int16_t p) override {
         copies.push_back(source + " -> " + destination);
         progress.push_back(p);
+        if (copies.size() == cancelAtCopy) sync->CancelSearch();
     }
     void CopyFilesError(const std::string&, const std::string& destination, const std::string& text) override {
         errors.push_back(destination + ": " + text);

@@ -1,4 +1,3 @@
-#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -34,7 +33,6 @@
 #include "TempDir.h"
 #include "Workspace.h"
 
-namespace fs = std::filesystem;
 using namespace meridex;
 using meridex::desk::MainWindow;
 using meridex::desk::Workspace;
@@ -188,7 +186,7 @@ TEST_F(DeskTest, TheStatusBarKeepsTheCommandCountWhenAMenuHintHasGone) {
     EXPECT_EQ(count->text(), said);
 }
 
-TEST_F(DeskTest, LibraryCommandsOpenTheirDialogsOnTheWorkspaceFiles) {
+TEST_F(DeskTest, LibraryCommandsOpenTheirDialogsOnTheWorkspaceFilesAndHostCommandsOpenNone) {
     auto desk = Open();
     desk->SwitchProfile("ADMINISTRATOR");
     const std::string book = workspace.AddressBookFile().string();
@@ -210,6 +208,15 @@ TEST_F(DeskTest, LibraryCommandsOpenTheirDialogsOnTheWorkspaceFiles) {
                               }));
     EXPECT_FALSE(desk->Action("cmdSchemeEditor")->isVisible()) << "what the profile editor changed shows at once";
     EXPECT_TRUE(ui->Messages().empty());
+
+    // The host's own commands open nothing and say plainly whose they are.
+    for (const char* name : {"cmdUnload", "cmdProgram", "mnuPut"}) {
+        ui->Clear();
+        desk->Action(name)->trigger();
+        ASSERT_EQ(ui->Messages().size(), 1u) << name;
+        EXPECT_NE(ui->Messages()[0].text.find("is a command of the logger host application itself"), std::string::npos);
+    }
+    EXPECT_EQ(dialogs->calls.size(), 4u);
 }
 
 TEST_F(DeskTest, UpgradeFirmwareOpensTheLoggerOfTheChosenDevice) {
@@ -259,17 +266,6 @@ TEST_F(DeskTest, NewDeviceAppendsToTheMapAndConnectionShowsTheBestMatch) {
     const std::string told = ui->Messages().back().text;
     EXPECT_NE(told.find("The site's connection: Site cable (IP TCP"), std::string::npos) << told;
     EXPECT_NE(told.find("The best match on this PC:"), std::string::npos) << told;
-}
-
-TEST_F(DeskTest, HostCommandsSayPlainlyTheyAreTheHostsOwn) {
-    auto desk = Open();
-    for (const char* name : {"cmdUnload", "cmdProgram", "mnuPut"}) {
-        ui->Clear();
-        desk->Action(name)->trigger();
-        ASSERT_EQ(ui->Messages().size(), 1u) << name;
-        EXPECT_NE(ui->Messages()[0].text.find("is a command of the logger host application itself"), std::string::npos);
-    }
-    EXPECT_TRUE(dialogs->calls.empty());
 }
 
 TEST_F(DeskTest, AFailureIsLoggedToTheWorkspaceAndTheLogCanBeShown) {

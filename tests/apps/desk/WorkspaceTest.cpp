@@ -1,6 +1,5 @@
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -14,28 +13,6 @@ namespace fs = std::filesystem;
 using meridex::Settings;
 using meridex::desk::Workspace;
 using meridex::test::TempDir;
-
-namespace {
-
-// Sets an environment variable for one test and puts the old value back.
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, const std::optional<std::string>& value) : name_(name) {
-        if (const char* old = std::getenv(name)) old_ = old;
-        if (value) setenv(name, value->c_str(), 1);
-        else unsetenv(name);
-    }
-    ~ScopedEnv() {
-        if (old_) setenv(name_, old_->c_str(), 1);
-        else unsetenv(name_);
-    }
-
-private:
-    const char* name_;
-    std::optional<std::string> old_;
-};
-
-}  // namespace
 
 TEST(Workspace, FirstUseCopiesTheDemoAndLaterUsesKeepWhatIsThere) {
     TempDir tmp;
@@ -56,32 +33,32 @@ TEST(Workspace, FirstUseCopiesTheDemoAndLaterUsesKeepWhatIsThere) {
     EXPECT_TRUE(fs::is_directory(workspace.FirmwareFolder())) << "a missing subfolder is made again";
 }
 
-TEST(Workspace, WithoutADemoTheFoldersAreStillMade) {
+TEST(Workspace, WithoutADemoTheFoldersAreStillMadeAndOnesThatCannotBeMadeAreReported) {
     TempDir tmp;
     const Workspace workspace(tmp.File("ws"));
     ASSERT_TRUE(workspace.Prepare(tmp.File("no-demo-here")));
     EXPECT_TRUE(fs::is_directory(workspace.DefaultLocalSchemes()));
     EXPECT_TRUE(fs::is_directory(workspace.DefaultRemoteSchemes()));
     EXPECT_FALSE(fs::exists(workspace.SettingsFile()));
-}
 
-TEST(Workspace, AFolderThatCannotBeMadeIsReported) {
-    TempDir tmp;
-    const std::string file = tmp.Write("plain-file", "x");
     std::string error;
-    EXPECT_FALSE(Workspace(fs::path(file) / "ws").Prepare(MERIDEX_DEMO_DIR, &error));
+    EXPECT_FALSE(Workspace(fs::path(tmp.Write("plain-file", "x")) / "ws").Prepare(MERIDEX_DEMO_DIR, &error));
     EXPECT_NE(error.find("Cannot create the workspace"), std::string::npos) << error;
 }
 
 TEST(Workspace, TheDefaultFolderIsUnderTheUsersDataFolder) {
     TempDir tmp;
-    {
-        ScopedEnv data("XDG_DATA_HOME", tmp.Path());
-        EXPECT_EQ(Workspace::DefaultFolder(), fs::path(tmp.Path()) / "meridex" / "workspace");
-    }
-    ScopedEnv data("XDG_DATA_HOME", std::nullopt);
-    ScopedEnv home("HOME", tmp.File("home"));
-    EXPECT_EQ(Workspace::DefaultFolder(), fs::path(tmp.File("home")) / ".local" / "share" / "meridex" / "workspace");
+    // The test program points XDG_DATA_HOME at a scratch folder of its own; HOME is pointed at one here.
+    const std::string data = std::getenv("XDG_DATA_HOME");
+    EXPECT_EQ(Workspace::DefaultFolder(), fs::path(data) / "meridex" / "workspace");
+    const char* home = std::getenv("HOME");
+    const std::string oldHome = home ? home : "";
+    setenv("HOME", tmp.Path().c_str(), 1);
+    unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(Workspace::DefaultFolder(), fs::path(tmp.Path()) / ".local" / "share" / "meridex" / "workspace");
+    setenv("XDG_DATA_HOME", data.c_str(), 1);
+    if (home) setenv("HOME", oldHome.c_str(), 1);
+    else unsetenv("HOME");
 }
 
 TEST(Workspace, TheSettingsSchemesPathIsHonouredWhereItExists) {

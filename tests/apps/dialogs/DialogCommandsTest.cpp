@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <set>
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -52,18 +51,6 @@ const char* const kBook =
     "</PROFILE></SITE></GROUP></V4ADDRESSBOOK>";
 
 }  // namespace
-
-TEST(DialogCommandList, EachCommandIsListedOnceWithItsUsage) {
-    std::set<std::string> names;
-    for (const dialogs::DialogCommand& command : dialogs::Commands()) {
-        EXPECT_TRUE(names.insert(command.name).second) << command.name << " is listed twice";
-        EXPECT_FALSE(command.summary.empty()) << command.name;
-        EXPECT_LE(command.minArguments, command.maxArguments) << command.name;
-        EXPECT_TRUE(command.run) << command.name;
-    }
-    EXPECT_EQ(names, (std::set<std::string>{"profiles", "input", "set-password", "enter-password", "commsmap",
-                                            "new-device", "select-device", "addressbook", "select-site", "firmware"}));
-}
 
 TEST_F(DialogCommands, SelectSitePrintsTheChosenSitesProfileAndAnswers1WhenNoneIsChosen) {
     const std::string book = dir.Write("AddressBook.xml", kBook);
