@@ -113,11 +113,9 @@ TEST_F(AddressBookTree, KeysAreMadeUniquePerKindIgnoringCase) {
     for (const char* name : {"Pump", "Pump", "Pump", "PUMP", "ÄRENDE Σ", "ärende σ"})
         ASSERT_TRUE(root.AddSite(Named<Site>(name)));
     root.AddGroup(Named<SiteGroup>("Pump"));
-    std::vector<std::string> keys;
-    for (int i = 1; i <= root.SiteCount(); ++i) keys.push_back(root.Site(i).Key());
-    const std::vector<std::string> expected{"Pump", "Pump_1", "Pump_2", "PUMP_3", "ÄRENDE Σ", "ärende σ_1"};
-    EXPECT_EQ(keys, expected);
-    EXPECT_EQ(root.Group(1).Key(), "Pump");
+    std::string keys = root.Group(1).Key() + ":";
+    for (int i = 1; i <= root.SiteCount(); ++i) keys += " " + root.Site(i).Key();
+    EXPECT_EQ(keys, "Pump: Pump Pump_1 Pump_2 PUMP_3 ÄRENDE Σ ärende σ_1");
     EXPECT_EQ(root.Site("pump_1").Key(), "Pump_1");
 
     EXPECT_TRUE(root.Site(0).IsNull());
@@ -289,7 +287,6 @@ TEST_F(AddressBookTree, FindByPath) {
     SiteGroup north = Named<SiteGroup>("North");
     root.AddGroup(north);
     north.AddSite(Named<Site>("S1"));
-
     EXPECT_EQ(book.FindGroup("ignored\\NORTH").XMLNode(), north.XMLNode());
     EXPECT_TRUE(book.FindGroup("North").IsNull());
     EXPECT_TRUE(book.FindGroup("").IsNull());

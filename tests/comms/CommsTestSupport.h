@@ -70,6 +70,17 @@ inline std::vector<std::string> Fields(const XmlNode& parent, std::string_view n
     return values;
 }
 
+// The given fields of each PROFILE child of a node, as "a,b|c,d|"; "-" for a field a profile lacks.
+inline std::string Described(const XmlNode& parent, const std::vector<std::string>& fields) {
+    std::string text;
+    for (const XmlNode& profile : parent.SelectAll("PROFILE")) {
+        for (const std::string& name : fields)
+            text += (ProfileXml::HasChild(profile, name) ? Field(profile, name) : "-") + ",";
+        text.back() = '|';
+    }
+    return text;
+}
+
 // A map of exactly the given profiles, not tied to a file.
 inline std::unique_ptr<CommsProfileManager> MapOf(CommsFixture& f, const std::string& profiles) {
     std::string file = f.dir.Write("CommsProfiles.xml", "<COMMSPROFILES>" + profiles + "</COMMSPROFILES>");
