@@ -105,22 +105,21 @@ TEST(LinuxPorts, NumbersAreStableAcrossPlugging) {
         {"/dev/ttyUSB0", "/dev/serial/by-id/usb-FTDI_B", "FT232R", false, -1},
         {"/dev/ttyACM0", "/dev/serial/by-id/usb-Modem_A", "Modem", false, -1},
         {"/dev/rfcomm0", "/dev/rfcomm0", "Bluetooth link rfcomm0", true, -1}};
+    // Each port as "number device|".
     auto numbered = [](const std::vector<SerialPort>& ports) {
-        std::vector<std::pair<int, std::string>> out;
-        for (const SerialPort& port : ports) out.emplace_back(port.number, port.device);
-        return out;
+        std::string text;
+        for (const SerialPort& port : ports) text += std::to_string(port.number) + " " + port.device + "|";
+        return text;
     };
-    using Numbers = std::vector<std::pair<int, std::string>>;
-    EXPECT_EQ(numbered(LinuxSerialPortSource::NumberPorts(devices, store)),
-              (Numbers{{1, "/dev/ttyS0"}, {2, "/dev/rfcomm0"}, {3, "/dev/serial/by-id/usb-FTDI_B"},
-                       {4, "/dev/ttyS3"}, {5, "/dev/serial/by-id/usb-Modem_A"}}));
+    const std::string first = "1 /dev/ttyS0|2 /dev/rfcomm0|3 /dev/serial/by-id/usb-FTDI_B|4 /dev/ttyS3|"
+                              "5 /dev/serial/by-id/usb-Modem_A|";
+    EXPECT_EQ(numbered(LinuxSerialPortSource::NumberPorts(devices, store)), first);
     // Unplug the FTDI adapter and the modem, plug in another adapter: the old
     // numbers stay reserved (listed, not present), the new one takes 6.
     std::vector<Device> later{devices[0], devices[1], devices[4],
                               {"/dev/ttyUSB0", "/dev/serial/by-id/usb-Prolific_C", "PL2303", false, -1}};
     EXPECT_EQ(numbered(LinuxSerialPortSource::NumberPorts(later, store)),
-              (Numbers{{1, "/dev/ttyS0"}, {2, "/dev/rfcomm0"}, {3, "/dev/serial/by-id/usb-FTDI_B"},
-                       {4, "/dev/ttyS3"}, {5, "/dev/serial/by-id/usb-Modem_A"}, {6, "/dev/serial/by-id/usb-Prolific_C"}}));
+              first + "6 /dev/serial/by-id/usb-Prolific_C|");
     auto again = LinuxSerialPortSource::NumberPorts(devices, store);
     EXPECT_EQ(again[2].description, "FT232R");
     EXPECT_TRUE(again[1].bluetooth);
@@ -135,15 +134,14 @@ TEST(LinuxPorts, NumbersAreStableAcrossPlugging) {
     // The UART moved aside never takes another UART's number (COM4 is
     // /dev/ttyS3's, listed or not), and keeps the one it gets.
     const std::set<int> uarts{0, 1, 2, 3};
-    const Numbers expected{{1, "/dev/serial/by-id/usb-Modem_A"}, {2, "/dev/rfcomm0"},
-                           {3, "/dev/serial/by-id/usb-FTDI_B"},  {5, "/dev/ttyS0"},
-                           {6, "/dev/serial/by-id/usb-Prolific_C"}};
+    const std::string expected = "1 /dev/serial/by-id/usb-Modem_A|2 /dev/rfcomm0|3 /dev/serial/by-id/usb-FTDI_B|"
+                                 "5 /dev/ttyS0|6 /dev/serial/by-id/usb-Prolific_C|";
     EXPECT_EQ(numbered(LinuxSerialPortSource::NumberPorts({devices[0], devices[3]}, store, uarts)), expected);
     EXPECT_EQ(numbered(LinuxSerialPortSource::NumberPorts({devices[0], devices[3]}, store, uarts)), expected);
     // A new adapter skips every UART's number too.
     std::vector<Device> adapter{{"/dev/ttyUSB9", "/dev/ttyUSB9", "CP2102", false, -1}};
-    EXPECT_EQ(numbered(LinuxSerialPortSource::NumberPorts(adapter, store, {0, 1, 2, 3, 4, 5, 6})).back(),
-              (std::pair<int, std::string>{8, "/dev/ttyUSB9"}));
+    EXPECT_EQ(numbered({LinuxSerialPortSource::NumberPorts(adapter, store, {0, 1, 2, 3, 4, 5, 6}).back()}),
+              "8 /dev/ttyUSB9|");
 }
 
 TEST(LinuxPorts, APortTheUserMayNotOpenIsPresent) {

@@ -39,25 +39,20 @@ XmlNode FindDirect(CommsProfileManager& map, const std::string& port) {
 }  // namespace
 
 TEST(WindowsPorts, PortNumbersAndBluetoothNamesOfTheDeviceMap) {
-    EXPECT_EQ(WindowsSerialPortSource::PortNumber(L"COM5"), 5);
-    EXPECT_EQ(WindowsSerialPortSource::PortNumber(L"COM142"), 142);
-    EXPECT_EQ(WindowsSerialPortSource::PortNumber(L"COMx"), 0);
-    EXPECT_EQ(WindowsSerialPortSource::PortNumber(L"COM"), 0);
+    for (const auto& [name, number] : {std::pair{L"COM5", 5}, {L"COM142", 142}, {L"COMx", 0}, {L"COM", 0}})
+        EXPECT_EQ(WindowsSerialPortSource::PortNumber(name), number);
     const std::vector<Entry> map{{L"\\Device\\Serial0", L"COM3"},   {L"\\Device\\BthModem2", L"COM3"},
                                  {L"\\Device\\VCP0", L"COM12"},     {L"\\Device\\Odd", L"COMx"},
                                  {L"\\Device\\BthModem0", L"COM7"}, {L"\\Device\\Zero", L"COM0"}};
     const std::vector<SerialPort> ports = WindowsSerialPortSource::PortsOf(map, {{12, "USB Serial Port (COM12)"}});
+    // One entry per number, ascending, as "number" and "b" for a Bluetooth link (a number with any
+    // BthModem name); the device manager's name wins.
+    std::string described;
+    for (const SerialPort& port : ports) described += std::to_string(port.number) + (port.bluetooth ? "b " : " ");
+    EXPECT_EQ(described, "3b 7b 12 ");
     ASSERT_EQ(ports.size(), 3u);
-    // One entry per number, ascending; a number with any BthModem name is a Bluetooth link.
-    EXPECT_EQ(ports[0].number, 3);
-    EXPECT_TRUE(ports[0].bluetooth);
-    EXPECT_EQ(ports[0].device, "COM3");
-    EXPECT_EQ(ports[1].number, 7);
-    EXPECT_TRUE(ports[1].bluetooth);
-    EXPECT_EQ(ports[1].description, "BthModem0");
-    EXPECT_EQ(ports[2].number, 12);
-    EXPECT_FALSE(ports[2].bluetooth);
-    EXPECT_EQ(ports[2].description, "USB Serial Port (COM12)");  // the device manager's name wins
+    EXPECT_EQ(ports[0].device + "|" + ports[1].description + "|" + ports[2].description,
+              "COM3|BthModem0|USB Serial Port (COM12)");
 }
 
 TEST(WindowsPorts, TheSeededMapGivesABluetoothModemPresentWithoutAQuery) {
