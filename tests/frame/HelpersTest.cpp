@@ -77,6 +77,7 @@ TEST(Base64Encoder, EncodesWithPaddingAndLineBreaksAndDecodesItsOwnOutput) {
     const Error bad = test::ThrownError([&] { b64.Decode("abc"); });
     EXPECT_EQ(bad.what(),
               "Error " + std::to_string(ErrorNumber::ObjectErrorBase) + " (Decode): Unable to decode string");
+    EXPECT_EQ(bad.Source() + ": " + bad.Description(), "Decode: Unable to decode string");
 }
 
 TEST(ErrorHandler, LogLinesMessageBoxAndUnwritableLogs) {
