@@ -363,6 +363,8 @@ TEST(XMLOps, ReadersWriteTheirDefaults) {
     EXPECT_EQ(ReadXMLInteger(d.node, "I", 0, false), 0);  // a zero default is neither written nor marked
     EXPECT_FALSE(d.Changed());
     EXPECT_FALSE(ReadXMLBoolean(d.node, "B", false, false));
+    EXPECT_TRUE(d.Changed());
+    d.ClearMark();
     EXPECT_EQ(ReadXMLInteger(d.node, "J", -12, false), -12);
     EXPECT_EQ(ReadXMLString(d.node, "A", "dflt", false), "x");
     EXPECT_EQ(GetXMLValue(d.node, "NEW", "v"), "v");
@@ -392,8 +394,9 @@ TEST(XMLOps, NumbersAndBooleansReadTheLegacyWay) {
 TEST(XMLOps, WritersAlwaysMarkAndStoreZero) {
     Doc d;
     WriteXMLString(d.node, "S", "same", "same", false);  // not stored, yet marked
+    EXPECT_EQ(d.Xml(), "<ROOT><NODE><A>x</A><Z>0</Z></NODE><CHANGED>-1</CHANGED></ROOT>");
     WriteXMLString(d.node, "A", "", "", false);  // existing: written even when empty
-    EXPECT_EQ(d.Xml(), "<ROOT><NODE><A/><Z>0</Z></NODE><CHANGED>-1</CHANGED></ROOT>");
+    EXPECT_EQ(d.node.SelectSingle("A").Xml(), "<A/>");
     WriteXMLInteger(d.node, "A", 0, 0, false);
     WriteXMLInteger(d.node, "M", 4, 0, false);
     // One mark only, however many writes; found again after it is removed and re-created.
