@@ -84,20 +84,34 @@ struct Documents : ::testing::Test {
             ASSERT_NO_FATAL_FAILURE(MakeAddressBook(dir.File("AddressBook.xml"), *map));
             ASSERT_NO_FATAL_FAILURE(MakeMap(dir.File("CommsProfiles.xml"), *map));
         }
-        Settings settings;
-        ASSERT_TRUE(settings.LoadSettings(dir.File("V4Settings.xml")));
-        ASSERT_TRUE(settings.SaveSettings());
-        AddressBook book;
-        ASSERT_TRUE(book.LoadAddressBook(dir.File("AddressBook.xml")));
-        book.SaveAddressBook();
-        auto reopened = f.Manager();
-        ASSERT_TRUE(reopened->LoadXMLMapFile(dir.File("CommsProfiles.xml")));
-        ASSERT_TRUE(reopened->SaveXMLMapFile());
+        ASSERT_NO_FATAL_FAILURE(OpenCheckAndSave(dir.Path(), ""));
         if (const char* remake = std::getenv("MERIDEX_REMAKE_DOCUMENTS")) {
             for (const char* name : kNames)
                 std::filesystem::copy_file(dir.File(name), std::string(remake) + "/" + name,
                                            std::filesystem::copy_options::overwrite_existing);
         }
+    }
+    // Opens the three documents in a folder as the host does, checks what they hold, and saves them
+    // into folder `to` under the names they have there ("" saves each in place).
+    void OpenCheckAndSave(const std::string& from, const std::string& to) {
+        const auto out = [&](const char* name) { return to.empty() ? to : to + "/" + name; };
+        Settings settings;
+        ASSERT_TRUE(settings.LoadSettings(from + "/V4Settings.xml"));
+        EXPECT_FALSE(settings.CurrentProfile().FeatureAvailable("v4_scheme_editor"));  // of the profile "Field Crew"
+        EXPECT_EQ(settings.GetString("V4SCHEMES_PATH", ""), "C:\\Schemes\\Südwest Ünïcödé");
+        EXPECT_EQ(settings.GetString("COMPANY", ""), "Wässer & Söhne <Hydro> \"€\" \u0141\u00f3d\u017a");
+        ASSERT_TRUE(settings.SaveSettings(out("V4Settings.xml")));
+
+        AddressBook book;
+        ASSERT_TRUE(book.LoadAddressBook(from + "/AddressBook.xml"));
+        EXPECT_FALSE(book.Sites().Group("Nördliche Pegel").Group("Hill Creek").Site("Weir 2 (Łódź)").IsNull());
+        EXPECT_FALSE(book.Sites().Site("Tide 4 & <Coast>").Profile().IsNull());
+        book.SaveAddressBook(out("AddressBook.xml"));
+
+        auto map = f.Manager();
+        ASSERT_TRUE(map->LoadXMLMapFile(from + "/CommsProfiles.xml"));
+        EXPECT_EQ(Fields(map->ApplicationProfiles(), "COMMPORT").back(), "12");
+        ASSERT_TRUE(map->SaveXMLMapFile(out("CommsProfiles.xml")));
     }
     CommsFixture f{1, 3};
     TempDir dir;
@@ -109,26 +123,10 @@ TEST_F(Documents, AreTheSameBytesOnEverySystem) {
 
 TEST_F(Documents, MadeOnLinuxLoadAndSaveBackUnchanged) {
     for (const char* name : kNames) dir.Write(std::string("in/") + name, MadeOnLinux(name));
-    Settings settings;
-    ASSERT_TRUE(settings.LoadSettings(dir.File("in/V4Settings.xml")));
-    EXPECT_FALSE(settings.CurrentProfile().FeatureAvailable("v4_scheme_editor"));  // of the profile "Field Crew"
-    EXPECT_EQ(settings.GetString("V4SCHEMES_PATH", ""), "C:\\Schemes\\Südwest Ünïcödé");
-    EXPECT_EQ(settings.GetString("COMPANY", ""), "Wässer & Söhne <Hydro> \"€\" \u0141\u00f3d\u017a");
-    ASSERT_TRUE(settings.SaveSettings(dir.File("saved-V4Settings.xml")));
-
-    AddressBook book;
-    ASSERT_TRUE(book.LoadAddressBook(dir.File("in/AddressBook.xml")));
-    EXPECT_FALSE(book.Sites().Group("Nördliche Pegel").Group("Hill Creek").Site("Weir 2 (Łódź)").IsNull());
-    EXPECT_FALSE(book.Sites().Site("Tide 4 & <Coast>").Profile().IsNull());
-    book.SaveAddressBook(dir.File("saved-AddressBook.xml"));
-
-    auto map = f.Manager();
-    ASSERT_TRUE(map->LoadXMLMapFile(dir.File("in/CommsProfiles.xml")));
-    EXPECT_EQ(Fields(map->ApplicationProfiles(), "COMMPORT").back(), "12");
-    ASSERT_TRUE(map->SaveXMLMapFile(dir.File("saved-CommsProfiles.xml")));
-
+    std::filesystem::create_directory(dir.File("saved"));
+    ASSERT_NO_FATAL_FAILURE(OpenCheckAndSave(dir.File("in"), dir.File("saved")));
     for (const char* name : kNames)
-        EXPECT_EQ(TempDir::Read(dir.File(std::string("saved-") + name)), MadeOnLinux(name)) << name;
+        EXPECT_EQ(TempDir::Read(dir.File(std::string("saved/") + name)), MadeOnLinux(name)) << name;
 }
 
 }  // namespace

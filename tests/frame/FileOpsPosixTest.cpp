@@ -18,12 +18,7 @@
 
 using namespace meridex;
 using namespace meridex::FileOps;
-
-namespace {
-
-std::vector<std::string> Entries(const std::string& folder) { return test::TempDir::Entries(folder); }
-
-}  // namespace
+using test::TempDir;
 
 TEST(FileOps, DatesAndFileTimes) {
     const DateTime date{2026, 11, 14, 9, 5, 31};
@@ -35,7 +30,7 @@ TEST(FileOps, DatesAndFileTimes) {
     EXPECT_EQ(DateToFileTime({1970, 1, 1, 0, 0, 0}), 116444736000000000LL);
     EXPECT_EQ(DateToFileTime({1970, 1, 1, 0, 0, 1}), 116444736010000000LL);
 
-    test::TempDir dir;
+    TempDir dir;
     const std::string file = dir.Write("f.txt", "x");
     EXPECT_FALSE(SetFileDateTimes(file, date, {2020, 1, 2, 3, 4, 5}, {2021, 6, 7, 8, 9, 10}, false));
     struct stat s {};
@@ -52,7 +47,7 @@ TEST(FileOps, DatesAndFileTimes) {
 }
 
 TEST(FileOps, SavesKeepPermissionsAndGoThroughSymbolicLinksToTheSharedFile) {
-    test::TempDir dir;
+    TempDir dir;
     const std::string shared = dir.Write("shared/settings.xml", "old");
     chmod(shared.c_str(), 0640);
     std::filesystem::create_directories(dir.File("user"));
@@ -62,10 +57,10 @@ TEST(FileOps, SavesKeepPermissionsAndGoThroughSymbolicLinksToTheSharedFile) {
     // The unreadable file is kept as the bytes the link leads to.
     const std::string kept = KeepUnreadableFile(dir.File("user/settings.xml"));
     ASSERT_TRUE(WriteFileAtomic(dir.File("user/settings.xml"), "new"));
-    EXPECT_EQ(test::TempDir::Read(kept), "old");
+    EXPECT_EQ(TempDir::Read(kept), "old");
     EXPECT_TRUE(std::filesystem::is_symlink(dir.File("user/settings.xml")));
-    EXPECT_EQ(test::TempDir::Read(shared), "new");
-    EXPECT_EQ(Entries(dir.File("shared")), std::vector<std::string>{"settings.xml"});
+    EXPECT_EQ(TempDir::Read(shared), "new");
+    EXPECT_EQ(TempDir::Entries(dir.File("shared")), std::vector<std::string>{"settings.xml"});
     struct stat s {};
     stat(shared.c_str(), &s);
     EXPECT_EQ(s.st_mode & 0777, 0640u);
@@ -73,13 +68,13 @@ TEST(FileOps, SavesKeepPermissionsAndGoThroughSymbolicLinksToTheSharedFile) {
     // A link to a file not made yet makes it; a loop is refused.
     std::filesystem::create_symlink(dir.File("shared/later.xml"), dir.File("user/later.xml"));
     ASSERT_TRUE(WriteFileAtomic(dir.File("user/later.xml"), "first"));
-    EXPECT_EQ(test::TempDir::Read(dir.File("shared/later.xml")), "first");
+    EXPECT_EQ(TempDir::Read(dir.File("shared/later.xml")), "first");
     std::filesystem::create_symlink("loop", dir.File("user/loop"));
     EXPECT_FALSE(WriteFileAtomic(dir.File("user/loop"), "x"));
 }
 
 TEST(FileOps, ASaveRemovesTheTemporariesOfKilledSavesOfThatFileOnly) {
-    test::TempDir dir;
+    TempDir dir;
     const std::string target = dir.Write("s.xml", "old");
     const pid_t dead = fork();
     if (dead == 0) _exit(0);
@@ -105,18 +100,19 @@ TEST(FileOps, ASaveRemovesTheTemporariesOfKilledSavesOfThatFileOnly) {
     close(held);
 
     ASSERT_TRUE(WriteFileAtomic(target, "new"));
-    EXPECT_EQ(Entries(dir.Path()), (std::vector<std::string>{liveTemp, heldTemp, recentTemp, otherFile, "s.xml"}));
+    EXPECT_EQ(TempDir::Entries(dir.Path()),
+              (std::vector<std::string>{liveTemp, heldTemp, recentTemp, otherFile, "s.xml"}));
     kill(holder, SIGKILL);
     waitpid(holder, nullptr, 0);
     ASSERT_TRUE(WriteFileAtomic(target, "newer"));
-    EXPECT_EQ(Entries(dir.Path()), (std::vector<std::string>{liveTemp, recentTemp, otherFile, "s.xml"}));
+    EXPECT_EQ(TempDir::Entries(dir.Path()), (std::vector<std::string>{liveTemp, recentTemp, otherFile, "s.xml"}));
 }
 
 // Run as an unprivileged user by the "unprivileged" test entry, where
 // permissions hold for real (root passes every permission check).
 TEST(FileOpsAsUser, AFolderWithoutWritePermissionStillOpensAndSavesItsWritableFileWithoutAWord) {
     if (const char* why = test::WhyFolderPermissionsCannotBeTested()) GTEST_SKIP() << why;
-    test::TempDir dir;
+    TempDir dir;
     const std::string target = dir.Write("locked/AddressBook.xml", "<V4ADDRESSBOOK/>");
     ASSERT_EQ(chmod(dir.File("locked").c_str(), 0555), 0);
     // An editor opens it without a lock note, and says nothing.
@@ -126,10 +122,10 @@ TEST(FileOpsAsUser, AFolderWithoutWritePermissionStillOpensAndSavesItsWritableFi
     EXPECT_FALSE(note.Held());
     EXPECT_TRUE(ui->Messages().empty());
     ASSERT_TRUE(WriteFileAtomic(target, "new"));
-    EXPECT_EQ(test::TempDir::Read(target), "new");
-    EXPECT_EQ(Entries(dir.File("locked")), std::vector<std::string>{"AddressBook.xml"});
+    EXPECT_EQ(TempDir::Read(target), "new");
+    EXPECT_EQ(TempDir::Entries(dir.File("locked")), std::vector<std::string>{"AddressBook.xml"});
     EXPECT_FALSE(WriteFileAtomic(dir.File("locked/other.xml"), "x"));
     test::SetReadOnly(target, true);
     EXPECT_FALSE(WriteFileAtomic(target, "lost"));
-    EXPECT_EQ(test::TempDir::Read(target), "new");
+    EXPECT_EQ(TempDir::Read(target), "new");
 }

@@ -6,12 +6,14 @@
 
 #include "OsSupport.h"
 #include "TempDir.h"
+#include "Thrown.h"
 #include <meridex/frame/Error.h>
 #include "FailingDiskSteps.h"
 #include <meridex/frame/FileOps.h>
 
 using namespace meridex;
 using namespace meridex::FileOps;
+using test::TempDir;
 
 TEST(FileOps, BaseNamesAndFolders) {
     const struct { const char *path, *base, *folder; } paths[] = {
@@ -30,7 +32,7 @@ TEST(FileOps, BaseNamesAndFolders) {
 }
 
 TEST(FileOps, ExistenceMeansANormalFile) {
-    test::TempDir dir;
+    TempDir dir;
     const std::string file = dir.Write("Site One.SXS", "x");
     EXPECT_TRUE(FileExists("\"" + file + "\""));
     const std::pair<std::string, bool> paths[] = {
@@ -40,7 +42,7 @@ TEST(FileOps, ExistenceMeansANormalFile) {
 }
 
 TEST(FileOps, CreateFolderPathMakesParentsAndRefusesOtherForms) {
-    test::TempDir dir;
+    TempDir dir;
     CreateFolderPath(dir.Path() + "/A/B/C/");
     EXPECT_TRUE(std::filesystem::is_directory(dir.File("A/B/C")));
     CreateFolderPath(dir.Path() + "\\A\\B\\D");  // either separator
@@ -49,12 +51,7 @@ TEST(FileOps, CreateFolderPathMakesParentsAndRefusesOtherForms) {
     // Only a full path from a root (a drive letter on Windows), never a share.
     for (const char* bad : {"", "relative/path", "relative\\path", "//server/share/x", "\\\\server\\share", "/", "C:",
                             "C:\\"}) {
-        try {
-            CreateFolderPath(bad);
-            FAIL() << bad;
-        } catch (const Error& e) {
-            EXPECT_EQ(e.Number(), ErrorNumber::PathNotFound) << bad;
-        }
+        EXPECT_EQ(test::ThrownError([&] { CreateFolderPath(bad); }).Number(), ErrorNumber::PathNotFound) << bad;
     }
     if (test::kBackSlashSeparates) {  // rooted, but with no drive letter
         EXPECT_THROW(CreateFolderPath("\\rooted\\no\\drive"), Error);
@@ -66,45 +63,39 @@ TEST(FileOps, CreateFolderPathMakesParentsAndRefusesOtherForms) {
 
 // Permission bits on Linux, the read-only attribute on Windows.
 TEST(FileOps, SavesReplaceTheFileKeepUnreadableOnesAndRefuseReadOnlyOnes) {
-    test::TempDir dir;
+    TempDir dir;
     const std::string target = dir.Write("book.xml", "old");
     ASSERT_TRUE(WriteFileAtomic(target, "new"));
-    EXPECT_EQ(test::TempDir::Read(target), "new");
-    EXPECT_EQ(test::TempDir::Entries(dir.Path()), std::vector<std::string>{"book.xml"});  // no temporary left
+    EXPECT_EQ(TempDir::Read(target), "new");
+    EXPECT_EQ(TempDir::Entries(dir.Path()), std::vector<std::string>{"book.xml"});  // no temporary left
 
     ASSERT_TRUE(test::SetReadOnly(target, true));
     std::string error;
     EXPECT_FALSE(WriteFileAtomic(target, "lost", &error));
     EXPECT_NE(error.find("read-only"), std::string::npos);
-    EXPECT_EQ(test::TempDir::Read(target), "new");
+    EXPECT_EQ(TempDir::Read(target), "new");
     test::SetReadOnly(target, false);
 
     ASSERT_TRUE(WriteFileAtomic(dir.File("fresh.xml"), "first"));
-    EXPECT_EQ(test::TempDir::Read(dir.File("fresh.xml")), "first");
+    EXPECT_EQ(TempDir::Read(dir.File("fresh.xml")), "first");
     const std::string kept = KeepUnreadableFile(target);
     EXPECT_EQ(kept, target + ".unreadable");
     ASSERT_TRUE(WriteFileAtomic(target, "replaced"));
-    EXPECT_EQ(test::TempDir::Read(kept), "new");
+    EXPECT_EQ(TempDir::Read(kept), "new");
     EXPECT_EQ(KeepUnreadableFile(target), target + ".unreadable-1");
     EXPECT_EQ(KeepUnreadableFile(dir.File("missing")), "");
 }
 
-namespace {
-
-std::vector<std::string> Entries(const std::string& folder) { return test::TempDir::Entries(folder); }
-
-}  // namespace
-
 TEST(FileOps, AFolderThatRefusesNewFilesGetsItsFileRewrittenInPlace) {
-    test::TempDir dir;
+    TempDir dir;
     const std::string target = dir.Write("locked/book.xml", "the old book, longer than the new one");
     test::FailingDiskSteps steps;
     steps.error = EACCES;
     steps.failCreate = 1;
     std::string error;
     ASSERT_TRUE(WriteFileAtomic(target, "new book", &error)) << error;
-    EXPECT_EQ(test::TempDir::Read(target), "new book");
-    EXPECT_EQ(Entries(dir.File("locked")), std::vector<std::string>{"book.xml"});
+    EXPECT_EQ(TempDir::Read(target), "new book");
+    EXPECT_EQ(TempDir::Entries(dir.File("locked")), std::vector<std::string>{"book.xml"});
 
     // A file that is not there yet cannot be written in place.
     steps.creates = 0;
@@ -118,12 +109,12 @@ TEST(FileOps, AFolderThatRefusesNewFilesGetsItsFileRewrittenInPlace) {
         steps.error = EACCES;
         steps.failWrite = failAt;
         EXPECT_FALSE(WriteFileAtomic(target, big));
-        EXPECT_EQ(test::TempDir::Read(target), "new book") << failAt;
+        EXPECT_EQ(TempDir::Read(target), "new book") << failAt;
     }
 }
 
 TEST(FileOps, InjectedDiskFaultsLeaveTheTargetAndNoTemporary) {
-    test::TempDir dir;
+    TempDir dir;
     const std::string old(20000, 'o');
     const std::string target = dir.Write("book.xml", old);
     const std::string bigger(50000, 'n');
@@ -136,8 +127,8 @@ TEST(FileOps, InjectedDiskFaultsLeaveTheTargetAndNoTemporary) {
                 std::string why;
                 EXPECT_FALSE(WriteFileAtomic(target, bigger, &why)) << step << " " << failAt;
                 EXPECT_NE(why.find(std::strerror(error)), std::string::npos) << why;
-                EXPECT_EQ(test::TempDir::Read(target), old);
-                EXPECT_EQ(Entries(dir.Path()), std::vector<std::string>{"book.xml"});
+                EXPECT_EQ(TempDir::Read(target), old);
+                EXPECT_EQ(TempDir::Entries(dir.Path()), std::vector<std::string>{"book.xml"});
             }
         }
     }

@@ -32,28 +32,17 @@ Times TimesOf(const std::string& path) {
     return times;
 }
 
-DateTime DateOf(const FILETIME& time) {
+// The date of a file time in UTC, or as the user's clock showed it.
+DateTime DateOf(FILETIME time, bool local = false) {
+    if (local) FileTimeToLocalFileTime(&time, &time);
     SYSTEMTIME st;
     FileTimeToSystemTime(&time, &st);
     return DateTime{st.wYear, st.wMonth, st.wDay, st.wHour, st.wMinute, st.wSecond};
 }
 
-DateTime LocalDateOf(const FILETIME& time) {
-    FILETIME local;
-    FileTimeToLocalFileTime(&time, &local);
-    return DateOf(local);
-}
-
 void SetAttributes(const std::string& path, DWORD attributes) { SetFileAttributesW(Wide(path).c_str(), attributes); }
 
 }  // namespace
-
-// Why a file's creation time cannot be checked here, or null when it can.
-static std::string WhyCreationTimesCannotBeTested() {
-    const char* wine = test::WineVersion();
-    return wine ? std::string("Wine ") + wine + " keeps files on a Linux file system, whose creation time cannot be set"
-                : std::string();
-}
 
 TEST(FileOpsWindows, SetFileDateTimesSetsAccessAndWriteTimes) {
     test::TempDir dir;
@@ -69,7 +58,7 @@ TEST(FileOpsWindows, SetFileDateTimesSetsAccessAndWriteTimes) {
     // Local: the dates are what the user's clock showed.
     EXPECT_FALSE(SetFileDateTimes(file, created, accessed, modified, true));
     times = TimesOf(file);
-    EXPECT_EQ(LocalDateOf(times.written), modified);
+    EXPECT_EQ(DateOf(times.written, true), modified);
 
     EXPECT_TRUE(SetFileDateTimes(dir.File("missing"), created, created, created, true));
 }
@@ -92,13 +81,14 @@ TEST(FileOpsWindows, SetFileDateTimesFailsOnAReadOnlyFile) {
 }
 
 TEST(FileOpsWindows, SetFileDateTimesSetsTheCreationTimeAndSavesKeepIt) {
-    if (const std::string why = WhyCreationTimesCannotBeTested(); !why.empty()) GTEST_SKIP() << why;
+    if (const char* wine = test::WineVersion())
+        GTEST_SKIP() << "Wine " << wine << " keeps files on a Linux file system, whose creation time cannot be set";
     test::TempDir dir;
     const std::string file = dir.Write("f.txt", "x");
     const DateTime created{2019, 3, 4, 5, 6, 7};
     const DateTime later{2021, 6, 7, 8, 9, 10};
     EXPECT_FALSE(SetFileDateTimes(file, created, later, later, true));
-    EXPECT_EQ(LocalDateOf(TimesOf(file).created), created);
+    EXPECT_EQ(DateOf(TimesOf(file).created, true), created);
     EXPECT_FALSE(SetFileDateTimes(file, created, later, later, false));
     EXPECT_EQ(DateOf(TimesOf(file).created), created);
     ASSERT_TRUE(WriteFileAtomic(file, "new"));

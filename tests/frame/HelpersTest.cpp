@@ -5,6 +5,7 @@
 #include <regex>
 
 #include "TempDir.h"
+#include "Thrown.h"
 #include <meridex/frame/Base64Encoder.h>
 #include <meridex/frame/Error.h>
 #include <meridex/frame/ErrorHandler.h>
@@ -73,14 +74,10 @@ TEST(Base64Encoder, EncodesWithPaddingAndLineBreaksAndDecodesItsOwnOutput) {
     EXPECT_EQ(line57.substr(72, 2), "\r\n");
     // Characters outside the alphabet are not rejected; a bad length is.
     EXPECT_NO_THROW(b64.Decode("!!!!"));
-    try {
-        b64.Decode("abc");
-        FAIL();
-    } catch (const Error& e) {
-        EXPECT_EQ(e.Number(), ErrorNumber::ObjectErrorBase);
-        EXPECT_EQ(e.Source(), "Decode");
-        EXPECT_EQ(e.Description(), "Unable to decode string");
-    }
+    const Error bad = test::ThrownError([&] { b64.Decode("abc"); });
+    EXPECT_EQ(bad.what(),
+              "Error " + std::to_string(ErrorNumber::ObjectErrorBase) + " (Decode): Unable to decode string");
+    EXPECT_EQ(bad.Source() + ": " + bad.Description(), "Decode: Unable to decode string");
 }
 
 TEST(ErrorHandler, LogLinesMessageBoxAndUnwritableLogs) {
