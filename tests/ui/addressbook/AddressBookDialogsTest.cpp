@@ -2,8 +2,6 @@
 // bar the import draws, and the facade's round trips.
 #include <gtest/gtest.h>
 
-#include <chrono>
-
 #include <QImage>
 #include <QPainter>
 
@@ -161,16 +159,15 @@ TEST_F(SelectSiteDialog, TheFacadeAnswersTheSiteChosenWithEnter) {
 TEST(Facade, OpenAddressBookShowsTheEditorOnTheFilesAndSavesOnExit) {
     TempDir dir;
     const std::string book = WriteSmallBook(dir);
-    const auto before = std::filesystem::last_write_time(book);
-    std::filesystem::last_write_time(book, before - std::chrono::hours(1));
     ModalScript()
-        .Then([](QWidget* editor) {
+        .Then([&](QWidget* editor) {
             EXPECT_EQ(editor->objectName(), "frmAddressBook");
-            EXPECT_EQ(Texts(Child<QTreeWidget>(editor, "tvGroups")), QStringList{"Address Book"});
+            EXPECT_NE(Keyed(Child<QTreeWidget>(editor, "tvGroups"), "\\Depot"), nullptr);
+            std::filesystem::remove(book);
             Child<QAction>(editor, "mnuExit")->trigger();
         })
         .Run([&] { ui::V4Dialogs().OpenAddressBook(book, dir.File("map.xml"), dir.File("schemes")); });
-    EXPECT_GT(std::filesystem::last_write_time(book), before - std::chrono::hours(1));
+    EXPECT_TRUE(std::filesystem::exists(book));
 }
 
 TEST(ProgressText, RoundsHalfUpPutsTheTextFirstAndTheBarKeepsTheLastFraction) {

@@ -195,7 +195,7 @@ TEST_F(AddressBookEditor, ADeletedSecondLevelGroupLeavesItsNodeGoneUntilARefillA
     // Removal is asked of the root group, where no first-level group is keyed "Hill".
     form_->FillTree();
     EXPECT_NE(Node("\\North\\Hill"), nullptr);
-    EXPECT_FALSE(Saved().FindGroup("\\North\\Hill").IsNull());
+    EXPECT_FALSE(form_->Book()->FindGroup("\\North\\Hill").IsNull());
 }
 
 TEST_F(AddressBookEditor, AddingASiteTakesTheNewSiteDialogsNameAndDevice) {

@@ -38,12 +38,6 @@ using meridex::ui::frmSelectDevice;
 
 namespace {
 
-std::string ReadAll(const std::string& path) {
-    std::string text;
-    EXPECT_TRUE(FileOps::ReadWholeFile(path, text)) << path;
-    return text;
-}
-
 std::string Replaced(std::string text, const std::string& from, const std::string& to) {
     const auto at = text.find(from);
     EXPECT_NE(at, std::string::npos) << from;
@@ -66,7 +60,7 @@ struct CommsMapEditor : ::testing::Test {
             auto map = comms.Manager();
             map->LoadXMLMapFile(path);
         }
-        original = ReadAll(path);
+        original = TempDir::Read(path);
         form.setCompanionFolder(comms.dir.File("no-companion"));
         EXPECT_TRUE(form.LoadMap(path));
         EXPECT_TRUE(ShowActive(&form));
@@ -180,7 +174,7 @@ TEST_F(CommsMapEditor, OKWritesExactlyTheFieldsChangedAndKeepsUnknownChildren) {
 
     const std::string expected = Replaced(Replaced(original, "<NAME>Network (UDP)</NAME>", "<NAME>Telemetry gateway</NAME>"),
                                           "<PORT>9000</PORT>", "<PORT>9100</PORT>");
-    EXPECT_EQ(ReadAll(path), expected);
+    EXPECT_EQ(TempDir::Read(path), expected);
 }
 
 TEST_F(CommsMapEditor, CancelEscapeAndTheCloseBoxAskBeforeChangesAreDiscarded) {
@@ -213,7 +207,7 @@ TEST_F(CommsMapEditor, CancelEscapeAndTheCloseBoxAskBeforeChangesAreDiscarded) {
         prompts->QueueChoice(1);
         leave(editor);
         EXPECT_FALSE(editor.isVisible());
-        EXPECT_EQ(ReadAll(path), original);
+        EXPECT_EQ(TempDir::Read(path), original);
         prompts->Clear();
     }
     // A field typed wrong is a change too, though nothing of it is in the map.
@@ -259,7 +253,7 @@ TEST_F(CommsMapEditor, AFieldIsCheckedWholeWhenLeftAndAWrongOneIsNamedAndNeverSt
         EXPECT_NE(prompts->Messages().back().text.find("\"Address\""), std::string::npos) << prompts->Messages().back().text;
         EXPECT_EQ(QApplication::focusWidget(), address);
     }
-    EXPECT_EQ(ReadAll(path), original);
+    EXPECT_EQ(TempDir::Read(path), original);
 
     Type(address, "fe80::1");
     EXPECT_FALSE(message->isVisible()) << "the mark goes once the text is right";
@@ -352,7 +346,7 @@ TEST_F(CommsMapEditor, AValueReadFromTheFileStaysAsItIsUntilItIsTypedAndAnUnread
     Click(Child<QPushButton>(editor.get(), "cmdOK"));
     EXPECT_FALSE(editor->isVisible());
     EXPECT_TRUE(prompts->Messages().empty());
-    EXPECT_EQ(ReadAll(path), odd);
+    EXPECT_EQ(TempDir::Read(path), odd);
 
     // A map file that cannot be read is said so when the editor opens.
     ASSERT_TRUE(FileOps::WriteFileAtomic(path, "<COMMSPROFILES><PROFILE>"));
@@ -457,13 +451,13 @@ TEST_F(CommsMapEditor, ASaveThatFailsSaysSoAndKeepsTheEditorOpen) {
     ASSERT_EQ(prompts->Messages().size(), 1U);
     EXPECT_EQ(prompts->Messages()[0].icon, MessageIcon::Exclamation);
     EXPECT_NE(prompts->Messages()[0].text.find("could not be saved"), std::string::npos) << prompts->Messages()[0].text;
-    EXPECT_EQ(ReadAll(path), original);
+    EXPECT_EQ(TempDir::Read(path), original);
     EXPECT_EQ(Field(Profile(1), "NAME"), "Direct to COM1!");
 
     ASSERT_EQ(chmod(path.c_str(), 0644), 0);
     Click(Child<QPushButton>(&form, "cmdOK"));
     EXPECT_FALSE(form.isVisible());
-    EXPECT_EQ(ReadAll(path), Replaced(original, "<NAME>Direct to COM1</NAME>", "<NAME>Direct to COM1!</NAME>"));
+    EXPECT_EQ(TempDir::Read(path), Replaced(original, "<NAME>Direct to COM1</NAME>", "<NAME>Direct to COM1!</NAME>"));
 }
 
 TEST_F(NewDevice, OffersTheFiveKindsInOrderWithNothingChosen) {
