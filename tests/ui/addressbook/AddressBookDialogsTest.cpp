@@ -2,34 +2,17 @@
 // bar the import draws, and the facade's round trips.
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <filesystem>
-#include <memory>
-
-#include <QAction>
 #include <QImage>
-#include <QLabel>
-#include <QLineEdit>
 #include <QPainter>
-#include <QPushButton>
-#include <QTest>
-#include <QTreeWidget>
 
-#include <meridex/platform/linux/IniUserStore.h>
-#include <meridex/addressbook/AddressBook.h>
-#include <meridex/comms/CommsProfileManager.h>
 #include <meridex/ui/addressbook/frmImport.h>
 #include <meridex/ui/addressbook/frmNewSite.h>
 #include <meridex/ui/addressbook/frmSelectSite.h>
 #include <meridex/ui/frame/DrawProgress.h>
-#include <meridex/ui/frame/ImageKeys.h>
 #include <meridex/ui/frame/ProgressPicture.h>
 #include <meridex/ui/settings/V4Dialogs.h>
 
-#include "../../comms/CommsTestSupport.h"
 #include "AddressBookTestSupport.h"
-#include "DialogTest.h"
-#include "TempDir.h"
 
 using namespace meridex;
 using namespace meridex::test;
@@ -152,26 +135,16 @@ TEST_F(SelectSiteDialog, ADoubleClickOnASiteCloses) {
     EXPECT_EQ(dialog_.SelectedProfile(), book_.FindSite("\\Depot").Profile());
 }
 
-TEST(ProfileInfo, AProfileWithoutNameIsShownUnnamed) {
-    TempDir dir;
-    AddressBook book;
-    book.LoadAddressBook(dir.File("book.xml"));
-    Site site;
-    site.setName("Bare");
-    site.SetParameter("TYPE", "IP");
-    site.SetParameter("METHOD", "UDP");
-    site.SetParameter("ICON", "IP");
-    book.Sites().AddSite(site);
-    frmSelectSite dialog;
-    dialog.setAddressBook(&book);
-    EXPECT_EQ(Child<QLabel>(&dialog, "lblName")->text(), "Unnamed Profile");
-    EXPECT_EQ(ui::ImageKey(Child<QLabel>(&dialog, "imgProfile")), "IP");
+TEST_F(SelectSiteDialog, AProfileWithoutNameIsShownUnnamed) {
+    book_.LoadAddressBook(dir_.Write("bare.xml", "<V4ADDRESSBOOK><SITE><KEY>Bare</KEY><NAME>Bare</NAME>"
+                                                 "<PATH>\\Bare</PATH><PROFILE><TYPE>IP</TYPE><METHOD>UDP</METHOD>"
+                                                 "<ICON>IP</ICON></PROFILE></SITE></V4ADDRESSBOOK>"));
+    dialog_.setAddressBook(&book_);
+    EXPECT_EQ(Child<QLabel>(&dialog_, "lblName")->text(), "Unnamed Profile");
+    EXPECT_EQ(ui::ImageKey(Child<QLabel>(&dialog_, "imgProfile")), "IP");
 }
 
-TEST(Facade, SelectSiteCommsProfilesAnswersTheSiteChosenWithEnter) {
-    TempDir dir;
-    AddressBook book;
-    book.LoadAddressBook(WriteSmallBook(dir));
+TEST_F(SelectSiteDialog, TheFacadeAnswersTheSiteChosenWithEnter) {
     XmlNode chosen;
     ModalScript()
         .Then([](QWidget* dialog) {
@@ -179,30 +152,27 @@ TEST(Facade, SelectSiteCommsProfilesAnswersTheSiteChosenWithEnter) {
             ClickRow(tree, Keyed(tree, "\\Depot"));
             QTest::keyClick(tree, Qt::Key_Return);
         })
-        .Run([&] { chosen = ui::V4Dialogs().SelectSiteCommsProfiles(book); });
-    EXPECT_EQ(chosen, book.FindSite("\\Depot").Profile());
+        .Run([&] { chosen = ui::V4Dialogs().SelectSiteCommsProfiles(book_); });
+    EXPECT_EQ(chosen, book_.FindSite("\\Depot").Profile());
 }
 
 TEST(Facade, OpenAddressBookShowsTheEditorOnTheFilesAndSavesOnExit) {
     TempDir dir;
     const std::string book = WriteSmallBook(dir);
-    const auto before = std::filesystem::last_write_time(book);
-    std::filesystem::last_write_time(book, before - std::chrono::hours(1));
     ModalScript()
-        .Then([](QWidget* editor) {
+        .Then([&](QWidget* editor) {
             EXPECT_EQ(editor->objectName(), "frmAddressBook");
-            EXPECT_EQ(Texts(Child<QTreeWidget>(editor, "tvGroups")), QStringList{"Address Book"});
+            EXPECT_NE(Keyed(Child<QTreeWidget>(editor, "tvGroups"), "\\Depot"), nullptr);
+            std::filesystem::remove(book);
             Child<QAction>(editor, "mnuExit")->trigger();
         })
         .Run([&] { ui::V4Dialogs().OpenAddressBook(book, dir.File("map.xml"), dir.File("schemes")); });
-    EXPECT_GT(std::filesystem::last_write_time(book), before - std::chrono::hours(1));
+    EXPECT_TRUE(std::filesystem::exists(book));
 }
 
 TEST(ProgressText, RoundsHalfUpPutsTheTextFirstAndTheBarKeepsTheLastFraction) {
-    EXPECT_EQ(ui::ProgressText(0.0), "0%");
-    EXPECT_EQ(ui::ProgressText(0.424), "42%");
-    EXPECT_EQ(ui::ProgressText(0.425), "43%");
-    EXPECT_EQ(ui::ProgressText(1.0), "100%");
+    for (const auto& [fraction, text] : {std::pair{0.0, "0%"}, {0.424, "42%"}, {0.425, "43%"}, {1.0, "100%"}})
+        EXPECT_EQ(ui::ProgressText(fraction), text) << fraction;
     EXPECT_EQ(ui::ProgressText(0.5, "Copying"), "Copying 50%");
     ui::ProgressPicture bar("picProgress");
     bar.setProgress(0.996);
@@ -269,16 +239,6 @@ TEST_F(ImportForm, RunsOnceWhenItComesUpShowsEachMessageAndClosesOnComplete) {
     const SiteGroup north = book_.FindGroup("\\North");
     ASSERT_FALSE(north.IsNull());
     EXPECT_EQ(north.GroupCount(), 4);  // one level per scheme file
-}
-
-TEST_F(ImportForm, ReportsPathsAndNamesSitesWithTheSystemsOwnSeparator) {
-    // On Windows the back slashes of the folder given stay, and its sub-folders join with them too.
-    const std::filesystem::path root = std::filesystem::path(dir_.File("schemes")).make_preferred();
-    form_.StartImport(book_, nullptr, root.string());
-    const std::string first = (root / "North" / "a.xml").string();
-    ASSERT_FALSE(form_.shown.empty());
-    EXPECT_EQ(form_.shown[0].toStdString(), "Scheme Found: " + first);
-    EXPECT_EQ(book_.FindGroup("\\North").Group("a.xml").Site(1).Name(), first + " (a");
 }
 
 TEST_F(ImportForm, CancelStopsBetweenSchemesAndKeepsWhatWasAdded) {

@@ -1,29 +1,14 @@
 // The address book editor driven through its real widgets, its prompts answered by a script.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <memory>
-
-#include <QAction>
 #include <QApplication>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTest>
 #include <QToolBar>
-#include <QTreeWidget>
 
-#include <meridex/platform/linux/IniUserStore.h>
-#include <meridex/addressbook/AddressBook.h>
 #include <meridex/frame/ErrorHandler.h>
 #include <meridex/frame/RecordingUserInterface.h>
 #include <meridex/ui/addressbook/frmAddressBook.h>
-#include <meridex/ui/frame/ImageKeys.h>
 
-#include "../../comms/CommsTestSupport.h"
 #include "AddressBookTestSupport.h"
-#include "DialogTest.h"
-#include "TempDir.h"
 
 using namespace meridex;
 using namespace meridex::test;
@@ -64,12 +49,6 @@ protected:
         ClickRow(TreeView(), node);
         ASSERT_EQ(TreeView()->currentItem(), node);
     }
-    // The text of each child of node, in order.
-    static QStringList ChildTexts(const QTreeWidgetItem* node) {
-        QStringList texts;
-        for (int i = 0; i < node->childCount(); ++i) texts << node->child(i)->text(0);
-        return texts;
-    }
     QList<bool> Enabled() const {
         QList<bool> on;
         for (int i = 0; i < kButtons.size(); ++i) {
@@ -100,20 +79,14 @@ protected:
 
 TEST_F(AddressBookEditor, FillsTheTreeGroupsBeforeSitesAndSelectsTheFirstSite) {
     Open();
-    ASSERT_EQ(Texts(TreeView()), QStringList{"Address Book"});
-    EXPECT_EQ(ui::ItemKey(Root()), "ADDRESSBOOK");
-    // Expanded, so the root shows the open folder too.
-    EXPECT_EQ(ui::ImageKey(Root()), "OPENGROUP");
-    EXPECT_EQ(ChildTexts(Root()), (QStringList{"North", "South", "Depot"}));
-    QTreeWidgetItem* north = Root()->child(0);
-    EXPECT_EQ(ChildTexts(north), (QStringList{"Hill", "River Gauge"}));
-    EXPECT_EQ(ui::ItemKey(north->child(1)), "\\North\\River Gauge");
-    EXPECT_EQ(ui::ImageKey(north->child(1)), "SITE");
-    EXPECT_EQ(ui::ImageKey(Root()->child(1)), "CLOSEDGROUP");
-
-    // The first site in node order is the one inside North\Hill, opened to be seen.
-    EXPECT_EQ(TreeView()->currentItem(), north->child(0)->child(0));
-    EXPECT_EQ(ui::ImageKey(north), "OPENGROUP");
+    // The root is expanded, so it shows the open folder too; the first site in node order, the one
+    // inside North\Hill, is selected and opened to be seen.
+    EXPECT_EQ(Nodes(TreeView()), (QStringList{"Address Book ADDRESSBOOK OPENGROUP", "  North \\North OPENGROUP",
+                                              "    Hill \\North\\Hill OPENGROUP",
+                                              "      Hill Gauge \\North\\Hill\\Hill Gauge SITE",
+                                              "    River Gauge \\North\\River Gauge SITE",
+                                              "  South \\South CLOSEDGROUP", "  Depot \\Depot SITE"}));
+    EXPECT_EQ(TreeView()->currentItem(), Node("\\North\\Hill\\Hill Gauge"));
     EXPECT_TRUE(Control<QWidget>("picSiteList")->isVisible());
     EXPECT_FALSE(Control<QWidget>("picGroupList")->isVisible());
     EXPECT_EQ(Control<QLabel>("lblProfileList")->text(), "Site: Hill Gauge");
@@ -166,11 +139,8 @@ TEST_F(AddressBookEditor, ANewGroupNamedLikeASiblingGetsASuffixedKeyButShowsTheB
     EXPECT_EQ(ui_->Inputs()[0].prompt, "Enter the new Group name");
     EXPECT_EQ(ui_->Inputs()[0].title, "New Site Group");
 
-    QTreeWidgetItem* added = Node("\\North_1");
-    ASSERT_NE(added, nullptr);
-    EXPECT_EQ(added->text(0), "North");
-    EXPECT_EQ(added->parent(), Root());
-    EXPECT_EQ(ui::ImageKey(added), "CLOSEDGROUP");
+    EXPECT_TRUE(Nodes(TreeView()).contains("  North \\North_1 CLOSEDGROUP"))
+        << Nodes(TreeView()).join("|").toStdString();
     // The root stays selected and its list shows the new group.
     EXPECT_EQ(TreeView()->currentItem(), Root());
     EXPECT_EQ(Control<QTreeWidget>("lvGroupList")->topLevelItemCount(), 4);
@@ -222,7 +192,7 @@ TEST_F(AddressBookEditor, ADeletedSecondLevelGroupLeavesItsNodeGoneUntilARefillA
     // Removal is asked of the root group, where no first-level group is keyed "Hill".
     form_->FillTree();
     EXPECT_NE(Node("\\North\\Hill"), nullptr);
-    EXPECT_FALSE(Saved().FindGroup("\\North\\Hill").IsNull());
+    EXPECT_FALSE(form_->Book()->FindGroup("\\North\\Hill").IsNull());
 }
 
 TEST_F(AddressBookEditor, AddingASiteTakesTheNewSiteDialogsNameAndDevice) {
@@ -237,10 +207,8 @@ TEST_F(AddressBookEditor, AddingASiteTakesTheNewSiteDialogsNameAndDevice) {
             Click(Child<QPushButton>(dialog, "cmdOK"));
         })
         .Run([&] { Button("ADDSITE")->trigger(); });
-    QTreeWidgetItem* weir = Node("\\South\\Weir");
-    ASSERT_NE(weir, nullptr);
-    EXPECT_EQ(weir->text(0), "Weir");
-    EXPECT_EQ(ui::ImageKey(weir), "SITE");
+    EXPECT_TRUE(Nodes(TreeView()).contains("    Weir \\South\\Weir SITE"))
+        << Nodes(TreeView()).join("|").toStdString();
 
     ModalScript().Then([](QWidget* dialog) { Click(Child<QPushButton>(dialog, "cmdCancel")); }).Run([&] {
         Control<QAction>("mnuAddSite")->trigger();
@@ -340,25 +308,22 @@ TEST_F(AddressBookEditor, AGroupListsItsSubGroupsThenItsSitesAndRenamingChangesT
 }
 
 TEST_F(AddressBookEditor, GroupsOpenedLaterShowTheirWholeContentsSwitchFolderImagesAndKeepTheirEdits) {
-    Open();
-    const SiteGroup inner = MakeGroup(form_->Book()->FindGroup("\\South"), "Inner");
-    MakeGroup(inner, "Deep").AddSite(MakeSite("Deep Gauge", "0311 555 1003"));
-    inner.AddSite(MakeSite("Inner Gauge", "0311 555 1004"));
-    form_->FillTree();
+    const std::string deepGroup = GroupText("\\South\\Inner\\Deep",
+                                            SiteText("\\South\\Inner\\Deep", "Deep Gauge", "0311 555 1003"));
+    Open(WriteSmallBook(dir_, GroupText("\\South\\Inner",
+                                        deepGroup + SiteText("\\South\\Inner", "Inner Gauge", "0311 555 1004"))));
     QTreeWidgetItem* south = Node("\\South");
     south->setExpanded(true);
-    EXPECT_EQ(ui::ImageKey(south), "OPENGROUP");
-    QTreeWidgetItem* innerNode = Node("\\South\\Inner");
-    ASSERT_NE(innerNode, nullptr);
-    EXPECT_EQ(ChildTexts(innerNode), (QStringList{"Deep", "Inner Gauge"}));
-    innerNode->setExpanded(true);
-    QTreeWidgetItem* deep = Node("\\South\\Inner\\Deep\\Deep Gauge");
-    ASSERT_NE(deep, nullptr);
-    EXPECT_EQ(ui::ImageKey(deep), "SITE");
-    ClickNode(deep);
+    Node("\\South\\Inner")->setExpanded(true);
+    EXPECT_EQ(Nodes(TreeView()).mid(5, 5),
+              (QStringList{"  South \\South OPENGROUP", "    Inner \\South\\Inner OPENGROUP",
+                           "      Deep \\South\\Inner\\Deep CLOSEDGROUP",
+                           "        Deep Gauge \\South\\Inner\\Deep\\Deep Gauge SITE",
+                           "      Inner Gauge \\South\\Inner\\Inner Gauge SITE"}));
+    ClickNode(Node("\\South\\Inner\\Deep\\Deep Gauge"));
     EXPECT_EQ(ParameterRows().last(), "PHONENUMBER=0311 555 1003");
     // A deeper group's node, once deleted, stays gone when its parent is closed and opened again.
-    ClickNode(innerNode);
+    ClickNode(Node("\\South\\Inner"));
     ui_->QueueMessageResult(MessageResult::OK);
     Button("DELETEGROUP")->trigger();
     south->setExpanded(false);
@@ -471,15 +436,10 @@ TEST_F(AddressBookEditor, ImportAsksFirstSaysSoWhenItFoundNothingAndFillsTheTree
 
 TEST_F(AddressBookEditor, SiblingGroupsOfOneNameAreBothShownAndEachSelectsItsOwn) {
     // Two groups keyed alike, as a hand-edited book may have them: their sites' paths are the same.
-    const auto site = [](const char* phone) {
-        return std::string("<SITE><KEY>S</KEY><NAME>S</NAME><PATH>\\A\\S</PATH><PROFILE><PHONENUMBER>") +
-               phone + "</PHONENUMBER></PROFILE></SITE>";
-    };
-    const std::string group = "<GROUP><KEY>A</KEY><NAME>A</NAME><PATH>\\A</PATH>";
-    const std::string file = dir_.Write("twins.xml", "<V4ADDRESSBOOK>" + group + site("1") +
-                                                         "</GROUP>" + group + site("2") + "</GROUP></V4ADDRESSBOOK>");
-    Open(file);
-    ASSERT_EQ(ChildTexts(Root()), (QStringList{"A", "A"}));
+    Open(dir_.Write("twins.xml", "<V4ADDRESSBOOK>" + GroupText("\\A", SiteText("\\A", "S", "1")) +
+                                     GroupText("\\A", SiteText("\\A", "S", "2")) + "</V4ADDRESSBOOK>"));
+    ASSERT_EQ(Nodes(TreeView()).mid(1), (QStringList{"  A \\A OPENGROUP", "    S \\A\\S SITE", "  A \\A CLOSEDGROUP",
+                                                      "    S \\A\\S SITE"}));
     ClickNode(Root()->child(1)->child(0));
     EXPECT_EQ(ParameterRows().last(), "PHONENUMBER=2");
     ClickNode(Root()->child(0)->child(0));

@@ -1,14 +1,26 @@
 #pragma once
 // What the address book dialog tests share: a small book of groups and sites written to a file,
-// a map of three device profiles, and scheme files to import.
+// a map of three device profiles, scheme files to import, and the dialog helpers.
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include <QAction>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTreeWidget>
+
 #include <meridex/addressbook/AddressBook.h>
 #include <meridex/addressbook/Site.h>
 #include <meridex/addressbook/SiteGroup.h>
+#include <meridex/platform/linux/IniUserStore.h>
+#include <meridex/ui/frame/ImageKeys.h>
 
+#include "../../comms/CommsTestSupport.h"
+#include "DialogTest.h"
 #include "TempDir.h"
 
 namespace meridex::test {
@@ -38,37 +50,26 @@ inline std::string MapText() {
            "</COMMSPROFILES>";
 }
 
-inline Site MakeSite(const std::string& name, const std::string& phone) {
-    Site site;
-    site.setName(name);
-    site.SetParameter("NAME", "Modem");
-    site.SetParameter("TYPE", "RS232");
-    site.SetParameter("METHOD", "PHONEMODEM");
-    site.SetParameter("PHONENUMBER", phone);
-    return site;
+// A site element: a phone modem named name inside the group at path group ("" for the root).
+inline std::string SiteText(const std::string& group, const std::string& name, const std::string& phone) {
+    return "<SITE><KEY>" + name + "</KEY><NAME>" + name + "</NAME><PATH>" + group + "\\" + name +
+           "</PATH><PROFILE><NAME>Modem</NAME><TYPE>RS232</TYPE><METHOD>PHONEMODEM</METHOD><PHONENUMBER>" + phone +
+           "</PHONENUMBER></PROFILE></SITE>";
 }
 
-inline SiteGroup MakeGroup(const SiteGroup& parent, const std::string& name) {
-    SiteGroup group;
-    group.setName(name);
-    parent.AddGroup(group);
-    return group;
+// A group element at path, holding contents.
+inline std::string GroupText(const std::string& path, const std::string& contents) {
+    const std::string name = path.substr(path.rfind('\\') + 1);
+    return "<GROUP><KEY>" + name + "</KEY><NAME>" + name + "</NAME><PATH>" + path + "</PATH>" + contents + "</GROUP>";
 }
 
-// The book "North" { "Hill" { "Hill Gauge" }, "River Gauge" }, "South" {}, "Depot", written to
+// The book "North" { "Hill" { "Hill Gauge" }, "River Gauge" }, "South" { south }, "Depot", written to
 // book.xml in dir; answers its path.
-inline std::string WriteSmallBook(const TempDir& dir) {
-    const std::string file = dir.File("book.xml");
-    AddressBook book;
-    book.LoadAddressBook(file);
-    const SiteGroup north = MakeGroup(book.Sites(), "North");
-    const SiteGroup hill = MakeGroup(north, "Hill");
-    hill.AddSite(MakeSite("Hill Gauge", "0311 555 1000"));
-    north.AddSite(MakeSite("River Gauge", "0311 555 1001"));
-    MakeGroup(book.Sites(), "South");
-    book.Sites().AddSite(MakeSite("Depot", "0311 555 1002"));
-    book.SaveAddressBook();
-    return file;
+inline std::string WriteSmallBook(const TempDir& dir, const std::string& south = {}) {
+    const std::string hill = GroupText("\\North\\Hill", SiteText("\\North\\Hill", "Hill Gauge", "0311 555 1000"));
+    const std::string north = GroupText("\\North", hill + SiteText("\\North", "River Gauge", "0311 555 1001"));
+    return dir.Write("book.xml", "<V4ADDRESSBOOK>" + north + GroupText("\\South", south) +
+                                     SiteText("", "Depot", "0311 555 1002") + "</V4ADDRESSBOOK>");
 }
 
 }  // namespace meridex::test

@@ -64,6 +64,16 @@ QList<bool> Checks(const QTreeWidget* list) {
     return EachRow(list, [](const QTreeWidgetItem* row) { return row->checkState(0) == Qt::Checked; });
 }
 
+QStringList Nodes(const QTreeWidget* tree) {
+    QStringList nodes;
+    for (QTreeWidgetItemIterator it(const_cast<QTreeWidget*>(tree)); *it; ++it) {
+        QString indent;
+        for (const QTreeWidgetItem* up = (*it)->parent(); up; up = up->parent()) indent += "  ";
+        nodes << indent + (*it)->text(0) + " " + ui::ItemKey(*it) + " " + ui::ImageKey(*it);
+    }
+    return nodes;
+}
+
 QMessageBox* AsMessageBox(QWidget* modal) {
     auto* box = qobject_cast<QMessageBox*>(modal);
     if (!box) throw std::runtime_error("expected a message box, found " + modal->objectName().toStdString());

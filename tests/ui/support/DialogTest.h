@@ -51,6 +51,8 @@ QStringList Texts(const QTreeWidget* list);
 QStringList ItemKeys(const QTreeWidget* list);
 QStringList ImageKeysOf(const QTreeWidget* list);
 QList<bool> Checks(const QTreeWidget* list);
+/// Every node of a tree, depth first, as "text key image", indented two spaces a level below the top.
+QStringList Nodes(const QTreeWidget* tree);
 
 /// The message box a step was given (throws when the modal window is something else).
 QMessageBox* AsMessageBox(QWidget* modal);

@@ -1,20 +1,61 @@
-// The Qt user interface opens real message boxes: their text, icon, buttons and default button.
+// The frame of the dialogs: the pictures of the image keys, and the real message boxes the Qt user
+// interface opens (their text, icon, buttons and default button).
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <optional>
 #include <vector>
 
-#include <QAbstractButton>
-#include <QMessageBox>
+#include <QAction>
 #include <QTest>
+#include <QTreeWidgetItem>
 
 #include <meridex/ui/QtUserInterface.h>
+#include <meridex/ui/frame/ImageKeys.h>
 
 #include "DialogTest.h"
 
 using namespace meridex;
 using namespace meridex::test;
+using ui::ImageIcon;
+
+namespace {
+
+QImage Picture(const QIcon& icon) { return icon.pixmap(16, 16).toImage(); }
+
+}  // namespace
+
+// The image keys the dialogs give their lists, trees and toolbars: each must have a picture of its own.
+TEST(ImageKeys, EveryKeyTheDialogsUseHasItsOwnPicture) {
+    const QStringList used = {"USER",       "ADDRBOOK", "CLOSEDGROUP", "OPENGROUP",   "SITE",       "PHONE",
+                              "SCHEME",     "TREE",     "CARDFILE",    "CARD",        "DIRECT",     "PHONEMODEM",
+                              "IP",         "UNKNOWN",  "QUESTION",    "MAP",         "ADDGROUP",   "DELETEGROUP",
+                              "ADDSITE",    "DELETESITE", "ADDPARAM",  "DELETEPARAM", "EDITPARAM",
+                              "FIRMWARE",   "FIRMWARERUNNING"};
+    const QStringList drawn = ui::ImageKeys();
+    for (const QString& key : used) {
+        EXPECT_TRUE(drawn.contains(key)) << key.toStdString();
+        // A picture that draws nothing would pass as an icon; at least a few pixels must be painted.
+        const QImage image = Picture(ImageIcon(key));
+        int painted = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) painted += qAlpha(image.pixel(x, y)) > 0;
+        EXPECT_GT(painted, 20) << key.toStdString();
+    }
+}
+
+TEST(ImageKeys, ItemsAndActionsShowThePictureOfTheirKeyAndAnUnknownKeyTheUnknownPicture) {
+    const QImage unknown = Picture(ImageIcon("UNKNOWN"));
+    EXPECT_EQ(Picture(ImageIcon("NO SUCH KEY")), unknown);
+    EXPECT_NE(Picture(ImageIcon("USER")), unknown);
+    QTreeWidgetItem item(QStringList{"text", "second"});
+    ui::setImageKey(&item, "SITE", 1);
+    QAction action("Add Group");
+    ui::setImageKey(&action, "ADDGROUP");
+    EXPECT_EQ(Picture(item.icon(1)), Picture(ImageIcon("SITE")));
+    EXPECT_TRUE(item.icon(0).isNull());
+    EXPECT_EQ(Picture(action.icon()), Picture(ImageIcon("ADDGROUP")));
+}
 
 TEST(QtUserInterface, MessageBoxShowsTextIconButtonsAndCaptionAndAnswersTheButtonClicked) {
     ui::QtUserInterface qt;
@@ -40,7 +81,6 @@ TEST(QtUserInterface, MessageBoxShowsTextIconButtonsAndCaptionAndAnswersTheButto
     EXPECT_EQ(ok, MessageResult::OK);
     EXPECT_EQ(no, MessageResult::No);
 }
-
 TEST(QtUserInterface, EnterChoosesTheDefaultButtonAndEscapeCancels) {
     ui::QtUserInterface qt;
     const auto ask = [&](MessageDefaultButton defaultButton, int key) {

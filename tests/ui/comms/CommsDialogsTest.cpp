@@ -1,6 +1,7 @@
-// The communications map editor driven as a person would: the list and its frames, typed fields
-// and their checks, the port list, add, delete, scan ports, and what reaches the file on OK, Cancel,
-// Escape and the close box.
+// The communications dialogs driven as a person would. The map editor: the list and its frames, typed
+// fields and their checks, the port list, add, delete, scan ports, and what reaches the file on OK,
+// Cancel, Escape and the close box. The new-device and device-selection dialogs: their lists, what
+// each answers, each way of closing them, and the facade's round trips.
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -16,24 +17,26 @@
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTest>
+#include <QTreeWidget>
 
 #include <meridex/frame/FileOps.h>
 #include <meridex/frame/RecordingUserInterface.h>
 #include <meridex/ui/comms/frmCommsMap.h>
+#include <meridex/ui/comms/frmNewCommsMapDevice.h>
+#include <meridex/ui/comms/frmSelectDevice.h>
+#include <meridex/ui/frame/ImageKeys.h>
+#include <meridex/ui/settings/V4Dialogs.h>
 
-#include "CommsDialogTest.h"
+#include "CommsTestSupport.h"
+#include "DialogTest.h"
 
 using namespace meridex;
 using namespace meridex::test;
 using meridex::ui::frmCommsMap;
+using meridex::ui::frmNewCommsMapDevice;
+using meridex::ui::frmSelectDevice;
 
 namespace {
-
-std::string ReadAll(const std::string& path) {
-    std::string text;
-    EXPECT_TRUE(FileOps::ReadWholeFile(path, text)) << path;
-    return text;
-}
 
 std::string Replaced(std::string text, const std::string& from, const std::string& to) {
     const auto at = text.find(from);
@@ -57,7 +60,7 @@ struct CommsMapEditor : ::testing::Test {
             auto map = comms.Manager();
             map->LoadXMLMapFile(path);
         }
-        original = ReadAll(path);
+        original = TempDir::Read(path);
         form.setCompanionFolder(comms.dir.File("no-companion"));
         EXPECT_TRUE(form.LoadMap(path));
         EXPECT_TRUE(ShowActive(&form));
@@ -90,6 +93,35 @@ struct CommsMapEditor : ::testing::Test {
     std::shared_ptr<RecordingUserInterface> prompts = std::make_shared<RecordingUserInterface>();
     frmCommsMap form{prompts, comms.ports, comms.store};
     QTreeWidget* devices = Child<QTreeWidget>(&form, "lvDevices");
+};
+
+
+struct NewDevice : ::testing::Test {
+    CommsFixture comms{1, 2};
+    frmNewCommsMapDevice form{comms.ports, comms.store};
+    QTreeWidget* list = Child<QTreeWidget>(&form, "lvCommsType");
+
+    void Choose(const QString& key) { ClickRow(list, Keyed(list, key)); }
+};
+
+struct SelectDevice : ::testing::Test {
+    SelectDevice() {
+        // The default map over COM1: a direct profile, then UDP, TCP/IP and GPRS proxy; and three odd ones.
+        for (auto [type, method] : {std::pair{"IP", "CARRIER-PIGEON"}, {"RS232", "PARALLEL"}, {"USB", "DIRECT"}}) {
+            const XmlNode odd = map->AddUDPConnection();
+            ProfileXml::SetChild(odd, "TYPE", type);
+            ProfileXml::SetChild(odd, "METHOD", method);
+        }
+        form.setCommunicationsManager(map.get());
+    }
+    QTreeWidgetItem* Root() const { return tree->topLevelItem(0); }
+    QTreeWidgetItem* Device(int index) const { return Root()->child(index); }
+
+    CommsFixture comms{1};
+    std::unique_ptr<CommsProfileManager> map = comms.Manager();
+    frmSelectDevice form;
+    QTreeWidget* tree = Child<QTreeWidget>(&form, "tvDevices");
+    QWidget* info = Child<QWidget>(&form, "picInfo");
 };
 
 }  // namespace
@@ -142,7 +174,7 @@ TEST_F(CommsMapEditor, OKWritesExactlyTheFieldsChangedAndKeepsUnknownChildren) {
 
     const std::string expected = Replaced(Replaced(original, "<NAME>Network (UDP)</NAME>", "<NAME>Telemetry gateway</NAME>"),
                                           "<PORT>9000</PORT>", "<PORT>9100</PORT>");
-    EXPECT_EQ(ReadAll(path), expected);
+    EXPECT_EQ(TempDir::Read(path), expected);
 }
 
 TEST_F(CommsMapEditor, CancelEscapeAndTheCloseBoxAskBeforeChangesAreDiscarded) {
@@ -175,7 +207,7 @@ TEST_F(CommsMapEditor, CancelEscapeAndTheCloseBoxAskBeforeChangesAreDiscarded) {
         prompts->QueueChoice(1);
         leave(editor);
         EXPECT_FALSE(editor.isVisible());
-        EXPECT_EQ(ReadAll(path), original);
+        EXPECT_EQ(TempDir::Read(path), original);
         prompts->Clear();
     }
     // A field typed wrong is a change too, though nothing of it is in the map.
@@ -221,7 +253,7 @@ TEST_F(CommsMapEditor, AFieldIsCheckedWholeWhenLeftAndAWrongOneIsNamedAndNeverSt
         EXPECT_NE(prompts->Messages().back().text.find("\"Address\""), std::string::npos) << prompts->Messages().back().text;
         EXPECT_EQ(QApplication::focusWidget(), address);
     }
-    EXPECT_EQ(ReadAll(path), original);
+    EXPECT_EQ(TempDir::Read(path), original);
 
     Type(address, "fe80::1");
     EXPECT_FALSE(message->isVisible()) << "the mark goes once the text is right";
@@ -314,7 +346,7 @@ TEST_F(CommsMapEditor, AValueReadFromTheFileStaysAsItIsUntilItIsTypedAndAnUnread
     Click(Child<QPushButton>(editor.get(), "cmdOK"));
     EXPECT_FALSE(editor->isVisible());
     EXPECT_TRUE(prompts->Messages().empty());
-    EXPECT_EQ(ReadAll(path), odd);
+    EXPECT_EQ(TempDir::Read(path), odd);
 
     // A map file that cannot be read is said so when the editor opens.
     ASSERT_TRUE(FileOps::WriteFileAtomic(path, "<COMMSPROFILES><PROFILE>"));
@@ -400,14 +432,12 @@ TEST_F(CommsMapEditor, ScanPortsBringsTheDirectProfilesInStepAndSaysWhatChanged)
     comms.ports->present = {1, 7};
     comms.ports->Add(7);
     Click(Child<QPushButton>(&form, "cmdScanPorts"));
+    // An unchanged profile is not mentioned, and only direct profiles follow the ports.
     ASSERT_EQ(prompts->Messages().size(), 1U);
-    const std::string& said = prompts->Messages()[0].text;
-    EXPECT_NE(said.find("Removed: Direct to COM3"), std::string::npos) << said;
-    EXPECT_NE(said.find("Added: Direct to COM7"), std::string::npos) << said;
-    EXPECT_EQ(said.find("COM1"), std::string::npos) << "an unchanged profile is not mentioned";
-    EXPECT_TRUE(Texts(devices).contains("Direct to COM7"));
-    EXPECT_FALSE(Texts(devices).contains("Direct to COM3"));
-    EXPECT_TRUE(Texts(devices).contains("Phone modem on COM3")) << "only direct profiles follow the ports";
+    EXPECT_EQ(prompts->Messages()[0].text, "The map was brought in step with the ports of this PC:\n"
+                                           "Removed: Direct to COM3 (its port has gone)\nAdded: Direct to COM7");
+    EXPECT_EQ(Texts(devices), QStringList({"Direct to COM1", "Network (UDP)", "Network (TCP/IP)",
+                                           "GPRS Proxy (Harvest Modem)", "Phone modem on COM3", "Direct to COM7"}));
 
     Click(Child<QPushButton>(&form, "cmdScanPorts"));
     EXPECT_NE(prompts->Messages()[1].text.find("nothing changed"), std::string::npos);
@@ -421,11 +451,153 @@ TEST_F(CommsMapEditor, ASaveThatFailsSaysSoAndKeepsTheEditorOpen) {
     ASSERT_EQ(prompts->Messages().size(), 1U);
     EXPECT_EQ(prompts->Messages()[0].icon, MessageIcon::Exclamation);
     EXPECT_NE(prompts->Messages()[0].text.find("could not be saved"), std::string::npos) << prompts->Messages()[0].text;
-    EXPECT_EQ(ReadAll(path), original);
+    EXPECT_EQ(TempDir::Read(path), original);
     EXPECT_EQ(Field(Profile(1), "NAME"), "Direct to COM1!");
 
     ASSERT_EQ(chmod(path.c_str(), 0644), 0);
     Click(Child<QPushButton>(&form, "cmdOK"));
     EXPECT_FALSE(form.isVisible());
-    EXPECT_EQ(ReadAll(path), Replaced(original, "<NAME>Direct to COM1</NAME>", "<NAME>Direct to COM1!</NAME>"));
+    EXPECT_EQ(TempDir::Read(path), Replaced(original, "<NAME>Direct to COM1</NAME>", "<NAME>Direct to COM1!</NAME>"));
+}
+
+TEST_F(NewDevice, OffersTheFiveKindsInOrderWithNothingChosen) {
+    EXPECT_EQ(Nodes(list), QStringList({"Direct (RS232) DIRECT DIRECT", "Phone modem (RS232) PHONEMODEM PHONEMODEM",
+                                        "Network (UDP) UDP IP", "Network (TCP/IP) TCP IP",
+                                        "GPRS Proxy (Harvest Modem) GPRSPROXY IP"}));
+
+    ASSERT_TRUE(ShowActive(&form));
+    Click(Child<QPushButton>(&form, "cmdOK"));
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_TRUE(form.NewDevice().IsNull()) << "OK with nothing chosen gives none";
+}
+
+TEST_F(NewDevice, OKBuildsTheChosenKindInAMapOfItsOwn) {
+    ASSERT_TRUE(ShowActive(&form));
+    Choose("GPRSPROXY");
+    Click(Child<QPushButton>(&form, "cmdOK"));
+    EXPECT_EQ(Field(form.NewDevice(), "NAME"), "GPRS Proxy (Harvest Modem)");
+    // Each kind builds its own profile (its fields are the manager's); serial kinds start on port 1,
+    // whatever ports the PC has.
+    for (auto [kind, name] : {std::pair{"DIRECT", "Direct to COM1"}, {"PHONEMODEM", "Phone modem on COM1"},
+                              {"UDP", "Network (UDP)"}, {"TCP", "Network (TCP/IP)"}}) {
+        Choose(kind);
+        EXPECT_EQ(Field(form.NewDevice(), "NAME"), name);
+    }
+    // Each reading makes a new profile in a scratch map, never the same element twice.
+    EXPECT_FALSE(form.NewDevice() == form.NewDevice());
+}
+
+TEST_F(NewDevice, CancelEscapeAndTheCloseBoxClearTheChoiceAndADoubleClickActsAsOK) {
+    const std::function<void()> ways[] = {
+        [&] { Click(Child<QPushButton>(&form, "cmdCancel")); },
+        [&] { QTest::keyClick(list, Qt::Key_Escape); },
+        [&] { form.close(); },
+    };
+    for (const auto& leave : ways) {
+        ASSERT_TRUE(ShowActive(&form));
+        Choose("TCP");
+        ASSERT_FALSE(form.NewDevice().IsNull());
+        leave();
+        EXPECT_FALSE(form.isVisible());
+        EXPECT_TRUE(form.NewDevice().IsNull());
+    }
+    ASSERT_TRUE(ShowActive(&form));
+    DoubleClickRow(list, Keyed(list, "UDP"));
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_FALSE(form.Cancelled());
+    EXPECT_EQ(Field(form.NewDevice(), "METHOD"), "UDP");
+}
+
+TEST_F(NewDevice, TheFacadeAnswersTheNewDeviceOrNone) {
+    ui::V4Dialogs dialogs(std::make_shared<RecordingUserInterface>());
+    dialogs.setCommsSources(comms.ports, comms.store);
+    for (const char* button : {"cmdOK", "cmdCancel"}) {
+        XmlNode device;
+        ModalScript()
+            .Then([button](QWidget* modal) {
+                EXPECT_EQ(modal->objectName(), "frmNewCommsMapDevice");
+                auto* kinds = Child<QTreeWidget>(modal, "lvCommsType");
+                ClickRow(kinds, Keyed(kinds, "GPRSPROXY"));
+                Click(Child<QPushButton>(modal, button));
+            })
+            .Run([&] { device = dialogs.SelectNewCommsDevice(); });
+        const std::string expected = button == std::string("cmdOK") ? "9002" : "none";
+        EXPECT_EQ(device.IsNull() ? "none" : Field(device, "PROXYPORT"), expected);
+    }
+}
+
+TEST_F(SelectDevice, ShowsTheMapUnderItsRootWithNothingChosen) {
+    // Any IP method shows the network icon here, unlike the new-site list.
+    EXPECT_EQ(Nodes(tree), QStringList({"Device Map ROOT MAP", "  Direct to COM1 PROFILE0 DIRECT",
+                                        "  Network (UDP) PROFILE1 IP", "  Network (TCP/IP) PROFILE2 IP",
+                                        "  GPRS Proxy (Harvest Modem) PROFILE3 IP", "  Network (UDP) PROFILE4 IP",
+                                        "  Network (UDP) PROFILE5 UNKNOWN", "  Network (UDP) PROFILE6 UNKNOWN"}));
+    EXPECT_TRUE(Root()->isExpanded());
+    EXPECT_TRUE(form.SelectedDevice().IsNull());
+    EXPECT_FALSE(info->isVisibleTo(&form));
+}
+
+TEST_F(SelectDevice, AClickChoosesTheMapsOwnElementAndShowsItAndEnterClosesOnlyOnADevice) {
+    ASSERT_TRUE(ShowActive(&form));
+    ClickRow(tree, Device(2));
+    EXPECT_TRUE(form.SelectedDevice() == map->ApplicationProfile(Index(3)));
+    EXPECT_TRUE(info->isVisible());
+    EXPECT_EQ(Child<QLabel>(info, "lblName")->text(), "Network (TCP/IP)");
+    EXPECT_EQ(ui::ImageKey(Child<QLabel>(info, "imgProfile")), "IP");
+    EXPECT_EQ(Child<QLabel>(info, "lblSummary")->text(),
+              "NAME = Network (TCP/IP)\r\nTYPE = IP\r\nMETHOD = TCP\r\nFORCEPROMPT = K\r\nICON = IP\r\n"
+              "ADDRESS = 127.0.0.1\r\nPORT = 9000\r\nTIMEOUT = 5\r\nSENDBLOCKSIZE = 256\r\nKEY = PROFILE2");
+
+    ClickRow(tree, Root());
+    EXPECT_TRUE(form.SelectedDevice().IsNull());
+    EXPECT_FALSE(info->isVisible());
+    QTest::keyClick(tree, Qt::Key_Return);
+    EXPECT_TRUE(form.isVisible()) << "the root is no device";
+    ClickRow(tree, Device(0));
+    QTest::keyClick(tree, Qt::Key_Return);
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_TRUE(form.SelectedDevice() == map->ApplicationProfile(Index(1)));
+}
+
+TEST_F(SelectDevice, EscapeAndTheCloseBoxCloseWithNone) {
+    for (const bool escape : {true, false}) {
+        ASSERT_TRUE(ShowActive(&form));
+        ClickRow(tree, Device(escape ? 0 : 1));
+        ASSERT_FALSE(form.SelectedDevice().IsNull());
+        escape ? QTest::keyClick(tree, Qt::Key_Escape) : void(form.close());
+        EXPECT_FALSE(form.isVisible());
+        EXPECT_TRUE(form.SelectedDevice().IsNull());
+    }
+}
+
+TEST_F(SelectDevice, AnEmptyMapShowsOnlyTheRootAndEscapeGivesNone) {
+    while (map->ApplicationProfileCount() > 0) map->RemoveApplicationProfile(map->ApplicationProfile(Index(1)));
+    form.setCommunicationsManager(map.get());
+    ASSERT_EQ(Nodes(tree), QStringList{"Device Map ROOT MAP"});
+    ASSERT_TRUE(ShowActive(&form));
+    QTest::keyClick(tree, Qt::Key_Enter);
+    EXPECT_TRUE(form.isVisible());
+    QTest::keyClick(tree, Qt::Key_Escape);
+    EXPECT_FALSE(form.isVisible());
+    EXPECT_TRUE(form.SelectedDevice().IsNull());
+}
+
+TEST_F(SelectDevice, TheFacadeAnswersTheProfileDoubleClickedButADoubleClickOnEmptySpaceDoesNothing) {
+    const ui::V4Dialogs dialogs(std::make_shared<RecordingUserInterface>());
+    XmlNode chosen;
+    ModalScript()
+        .Then([](QWidget* modal) {
+            EXPECT_EQ(modal->objectName(), "frmSelectDevice");
+            auto* devices = Child<QTreeWidget>(modal, "tvDevices");
+            QTreeWidgetItem* root = devices->topLevelItem(0);
+            ClickRow(devices, root->child(3));
+            // Below the last node there is no node to double-click.
+            const QPoint below(10, devices->visualItemRect(root->child(root->childCount() - 1)).bottom() + 40);
+            ASSERT_EQ(devices->itemAt(below), nullptr);
+            QTest::mouseDClick(devices->viewport(), Qt::LeftButton, {}, below);
+            EXPECT_TRUE(modal->isVisible());
+            DoubleClickRow(devices, root->child(4));
+        })
+        .Run([&] { chosen = dialogs.SelectCommsDevice(*map); });
+    EXPECT_TRUE(chosen == map->ApplicationProfile(Index(5)));
 }
