@@ -239,7 +239,9 @@ TEST_F(AddressBookEditor, AParameterNameMustNameAnElementAndMayRepeatOne) {
         if (outcome == Added) rows << QString(name) + "=";
         EXPECT_EQ(ParameterRows(), rows);
         ASSERT_EQ(ui_->Messages().size(), outcome == Refused ? 1u : 0u);
-        if (outcome == Refused) EXPECT_NE(ui_->Messages()[0].text.find("begins with a letter"), std::string::npos);
+        if (outcome == Refused) {
+            EXPECT_NE(ui_->Messages()[0].text.find("begins with a letter"), std::string::npos);
+        }
     }
     EXPECT_TRUE(form_->isVisible());
     EXPECT_EQ(Saved().FindSite("\\Depot").ParameterCount(), 5);
@@ -425,7 +427,9 @@ TEST_F(AddressBookEditor, ImportAsksFirstSaysSoWhenItFoundNothingAndFillsTheTree
         ASSERT_EQ(ui_->Messages().size(), c.said.empty() ? 1u : 2u);
         EXPECT_EQ(ui_->Messages()[0].text, "Import remote communications settings from existing schemes?");
         EXPECT_EQ(ui_->Messages()[0].defaultButton, MessageDefaultButton::First);
-        if (!c.said.empty()) EXPECT_EQ(ui_->Messages()[1].text, c.said);
+        if (!c.said.empty()) {
+            EXPECT_EQ(ui_->Messages()[1].text, c.said);
+        }
     }
     // The scheme's own file name becomes the last group level below North\Hill.
     ASSERT_NE(Node("\\North\\Hill"), nullptr);
