@@ -119,14 +119,13 @@ TEST(FirmwareFolder, OffersOnlyTheModelsFilesNewestFirstWithTheRunningOneMarked)
     EXPECT_EQ(std::filesystem::path(folder.Refused()[0].path).filename(), "broken.mxfw");
 
     std::vector<FirmwareFolder::Offer> offers = folder.OffersFor("WL400", "1.9");
-    std::vector<std::string> names;
-    std::vector<int> comparisons;
+    // Each file, and whether it is newer (+), the same (=) or older (-) than the running version.
+    std::string offered;
     for (const auto& offer : offers) {
-        names.push_back(std::filesystem::path(offer.image.Path()).filename());
-        comparisons.push_back(offer.comparison > 0 ? 1 : offer.comparison < 0 ? -1 : 0);
+        const char* sign = offer.comparison > 0 ? "+" : offer.comparison < 0 ? "-" : "=";
+        offered += std::filesystem::path(offer.image.Path()).filename().string() + sign + " ";
     }
-    EXPECT_EQ(names, (std::vector<std::string>{"b-1.10.MXFW", "c-1.9.mxfw", "d-1.9.mxfw", "a-1.2.mxfw"}));
-    EXPECT_EQ(comparisons, (std::vector<int>{1, 0, 0, -1}));
+    EXPECT_EQ(offered, "b-1.10.MXFW+ c-1.9.mxfw= d-1.9.mxfw= a-1.2.mxfw- ");
     EXPECT_TRUE(offers[1].Running());
 
     EXPECT_TRUE(folder.OffersFor("XX1", "1.0").empty());
