@@ -2,11 +2,13 @@
 
 #include <pthread.h>
 
+#include <cstring>
 #include <filesystem>
 #include <functional>
 
 #include "SyncTestSupport.h"
 #include <meridex/frame/FileOps.h>
+#include <meridex/sync/SchemeFileCollection.h>
 #include <meridex/sync/SyncSchemes.h>
 
 using namespace meridex;
@@ -17,16 +19,6 @@ namespace {
 
 constexpr std::time_t T = 1700000000;
 
-std::vector<std::string> Keys(const SchemeFileCollection& list) {
-    std::vector<std::string> keys;
-    for (const auto& item : list.Items()) keys.push_back(item.Key());
-    return keys;
-}
-
-
-// Names in a folder, hidden temporary files included.
-std::vector<std::string> Names(const std::string& folder) { return TempDir::Entries(folder); }
-
 struct Trees {
     TempDir dir;
     std::string remote = dir.File("remote");
@@ -36,6 +28,14 @@ struct Trees {
     }
     std::string L(const std::string& name, const std::string& text, std::time_t t, long ns = 0) const {
         return WriteDated(dir, "local/" + name, text, t, ns);
+    }
+    // Compares the trees, marks the named newer local schemes (all of them when none is named) for
+    // update, and copies.
+    void Push(SyncSchemes& sync, const std::vector<std::string>& keys = {}) const {
+        sync.GetSchemeList(remote, local);
+        auto& newer = sync.NewerLocalFiles();
+        for (const std::string& key : keys.empty() ? Keys(newer) : keys) newer.Item(key).setSyncOptions(syncUpdate);
+        sync.Sync();
     }
 };
 
@@ -75,16 +75,14 @@ TEST(SyncSchemes, SortsEverySchemeByItsModifiedTimeToTheSecond) {
     RecordedEvents events;
     sync.setEvents(&events);
     sync.GetSchemeList(t.remote + "/", t.local);
-    EXPECT_EQ(Keys(sync.NewerLocalFiles()), (std::vector<std::string>{"/SUB/SITE.SXS", "/SUB/ONLYLOCAL.SXS"}));
-    EXPECT_EQ(Keys(sync.NewerRemoteFiles()), (std::vector<std::string>{"/NEWER.SXS", "/ONLYREMOTE.SXS"}));
     // Files of a folder come before its sub-folders.
-    EXPECT_EQ(Keys(sync.SyncedFiles()), (std::vector<std::string>{"/SAME.SXS", "/CASE/SITE2.SXS1"}));
-    EXPECT_EQ(sync.Errors().Count(), 0);
+    const std::string sorted = "local /SUB/SITE.SXS /SUB/ONLYLOCAL.SXS | remote /NEWER.SXS /ONLYREMOTE.SXS"
+                               " | synced /SAME.SXS /CASE/SITE2.SXS1 | errors";
+    EXPECT_EQ(Lists(sync), sorted);
 
     SchemeFileItem site = sync.NewerLocalFiles().Item("/sub/site.sxs");
-    EXPECT_EQ(site.RelativePath(), "/Sub/Site.SXS");
-    EXPECT_EQ(site.File().Path(), t.local + "/Sub/Site.SXS");
-    EXPECT_EQ(site.OtherFile().Path(), t.remote + "/Sub/Site.SXS");
+    EXPECT_EQ(site.RelativePath() + " " + site.File().Path() + " " + site.OtherFile().Path(),
+              "/Sub/Site.SXS " + t.local + "/Sub/Site.SXS " + t.remote + "/Sub/Site.SXS");
     EXPECT_EQ(site.SyncOptions(), syncIgnore);
     EXPECT_TRUE(sync.NewerRemoteFiles().Item("/ONLYREMOTE.SXS").OtherFile().IsNull());
     EXPECT_EQ(events.found.size(), 10u);
@@ -93,7 +91,7 @@ TEST(SyncSchemes, SortsEverySchemeByItsModifiedTimeToTheSecond) {
     // A second call adds to the lists; what is listed already keeps its item.
     site.setSyncOptions(syncUpdate);
     sync.GetSchemeList(t.remote, t.local);
-    EXPECT_EQ(sync.NewerLocalFiles().Count(), 2);
+    EXPECT_EQ(Lists(sync), sorted);
     EXPECT_EQ(sync.NewerLocalFiles().Item(1).SyncOptions(), syncUpdate);
     EXPECT_EQ(sync.RemotePath(), t.remote);
 }
@@ -108,7 +106,7 @@ TEST(SyncSchemes, AMissingRootIsAnEmptySideAndACancelledScanSortsNothing) {
     fs::current_path(t.dir.Path());
     sync.GetSchemeList("no such folder", "local/");
     fs::current_path(cwd);
-    EXPECT_EQ(Keys(sync.NewerLocalFiles()), (std::vector<std::string>{"/A.SXS", "/B.SXS"}));
+    EXPECT_EQ(Lists(sync), "local /A.SXS /B.SXS | remote | synced | errors");
     // Windows spells the made-absolute root with its own separator.
     EXPECT_EQ(fs::path(sync.NewerLocalFiles().Item(1).File().Path()).lexically_normal(),
               fs::path(t.local + "/A.SXS").lexically_normal());
@@ -120,7 +118,7 @@ TEST(SyncSchemes, AMissingRootIsAnEmptySideAndACancelledScanSortsNothing) {
     fresh.setEvents(&cancel);
     fresh.GetSchemeList(t.local, t.dir.File("empty"));
     EXPECT_TRUE(fresh.CancelFlag());
-    EXPECT_EQ(fresh.NewerRemoteFiles().Count() + fresh.NewerLocalFiles().Count(), 0);
+    EXPECT_EQ(Lists(fresh), "local | remote | synced | errors");
     SyncEvents quiet;  // the default events do nothing
     fresh.setEvents(&quiet);
     fresh.GetSchemeList(t.local, t.dir.File("empty"));
@@ -144,12 +142,10 @@ TEST(SyncSchemes, UpdateCopiesTheListedExtensionsWithExactTimesAndBacksUpWhatItR
     SyncSchemes sync;
     RecordedEvents events;
     sync.setEvents(&events);
-    sync.GetSchemeList(t.remote, t.local);
-    sync.NewerLocalFiles().Item("/SUB DIR/SITE.SXS").setSyncOptions(syncUpdate);
-    sync.NewerLocalFiles().Item("/ÜNÏCÖDÉ/MËTER.SXS").setSyncOptions(syncUpdate);
-    sync.NewerLocalFiles().Item("/SUB DIR/SITE.SXS1").setSyncOptions(syncUpdate);  // the same family again
-    if (!kBackSlashSeparates) sync.NewerLocalFiles().Item("/ODD/A\\B.SXS").setSyncOptions(syncUpdate);
-    sync.Sync();
+    // Site.SXS1 is the same family again.
+    std::vector<std::string> keys = {"/SUB DIR/SITE.SXS", "/ÜNÏCÖDÉ/MËTER.SXS", "/SUB DIR/SITE.SXS1"};
+    if (!kBackSlashSeparates) keys.push_back("/ODD/A\\B.SXS");
+    t.Push(sync, keys);
     EXPECT_EQ(sync.Errors().Count(), 0);
     ASSERT_EQ(events.copies.size(), kBackSlashSeparates ? 3u : 4u);
     EXPECT_NE(std::find(events.copies.begin(), events.copies.end(), t.local + "/Sub Dir/Site -> " + t.remote + "/SUB DIR/"),
@@ -160,17 +156,13 @@ TEST(SyncSchemes, UpdateCopiesTheListedExtensionsWithExactTimesAndBacksUpWhatItR
     EXPECT_EQ(events.progress, progress);
 
     // New names take the extension in upper case; existing ones keep theirs.
-    EXPECT_EQ(Names(t.remote + "/SUB DIR"),
-              (std::vector<std::string>{"Site.BAK", "Site.XML", "site.sxs", "site.sxs~0000.BAK"}));
-    if (!kBackSlashSeparates) {
-        EXPECT_EQ(Names(t.remote + "/Odd"), std::vector<std::string>{"a\\b.SXS"});
-    }
-    EXPECT_EQ(TempDir::Read(t.remote + "/SUB DIR/site.sxs"), "new sxs");
-    EXPECT_EQ(TempDir::Read(t.remote + "/SUB DIR/site.sxs~0000.BAK"), "old sxs");
+    std::vector<std::string> copied = {"SUB DIR/Site.BAK=bak", "SUB DIR/Site.XML=new xml", "SUB DIR/site.sxs=new sxs",
+                                       "SUB DIR/site.sxs~0000.BAK=old sxs", "Ünïcödé/Mëter.SXS=unicode"};
+    if (!kBackSlashSeparates) copied.insert(copied.begin(), "Odd/a\\b.SXS=a back slash is part of a name here");
+    EXPECT_EQ(Tree(t.remote), copied);
     FileInfo st = StatOf(t.remote + "/SUB DIR/Site.XML");
     EXPECT_EQ(st.Modified().tv_sec, T + 5);
     EXPECT_EQ(st.Modified().tv_nsec, 300);
-    EXPECT_EQ(TempDir::Read(t.remote + "/Ünïcödé/Mëter.SXS"), "unicode");
 
     // Afterwards the two sides are in step.
     SyncSchemes again;
@@ -190,12 +182,11 @@ TEST(SyncSchemes, RevertingTwiceKeepsBothBackups) {
         ASSERT_EQ(sync.NewerLocalFiles().Count(), 1);
         sync.NewerLocalFiles().Item(1).setSyncOptions(syncRevert);
         sync.Sync();
-        EXPECT_EQ(TempDir::Read(t.local + "/Site.SXS"), "remote v1");
         EXPECT_EQ(StatOf(t.local + "/Site.SXS").Modified().tv_sec, T);
     }
-    EXPECT_EQ(TempDir::Read(t.local + "/Site.SXS~0000.BAK"), "local v2");
-    EXPECT_EQ(TempDir::Read(t.local + "/Site.SXS~0001.BAK"), "local v3");
-    EXPECT_EQ(Names(t.remote), std::vector<std::string>{"Site.SXS"});
+    EXPECT_EQ(Tree(t.local), (std::vector<std::string>{"Site.SXS=remote v1", "Site.SXS~0000.BAK=local v2",
+                                                      "Site.SXS~0001.BAK=local v3"}));
+    EXPECT_EQ(Tree(t.remote), std::vector<std::string>{"Site.SXS=remote v1"});
 }
 
 TEST(SyncSchemes, CancellingStopsAtTheNextFileAndPutsFinishedCopiesInPlace) {
@@ -208,12 +199,10 @@ TEST(SyncSchemes, CancellingStopsAtTheNextFileAndPutsFinishedCopiesInPlace) {
     cancel.sync = &sync;
     cancel.cancelAtCopy = 2;
     sync.setEvents(&cancel);
-    sync.GetSchemeList(t.remote, t.local);
-    for (auto item : sync.NewerLocalFiles().Items()) item.setSyncOptions(syncUpdate);
-    sync.Sync();
+    t.Push(sync);
     // The flag is tested before each file: B, announced, copies nothing; C is
     // not started; A is in place and no temporary file is left.
-    EXPECT_EQ(Names(t.remote), std::vector<std::string>{"A.SXS"});
+    EXPECT_EQ(Tree(t.remote), std::vector<std::string>{"A.SXS=a"});
     EXPECT_EQ(cancel.copies.size(), 2u);
 }
 
@@ -244,19 +233,18 @@ TEST(SyncSchemes, FailuresAreReportedAndTheCopyingGoesOn) {
     faulty->transferBytesBeforeFailure = 2;
     sync.NewerLocalFiles().Item("/A/ONE.SXS").setSyncOptions(syncUpdate);
     sync.Sync();
-    EXPECT_EQ(TempDir::Read(t.remote + "/A/One.SXS"), "the only good copy");
-    EXPECT_EQ(Names(t.remote + "/A"), std::vector<std::string>{"One.SXS"});
-    ASSERT_EQ(sync.Errors().Count(), 2);  // both families failed this time
+    EXPECT_EQ(Tree(t.remote + "/A"), std::vector<std::string>{"One.SXS=the only good copy"});
+    // Both families failed this time.
+    EXPECT_EQ(Keys(sync.Errors()), (std::vector<std::string>{"/A/ONE.SXS", "/B/TWO.SXS"}));
     EXPECT_NE(sync.Errors().Item("/A/ONE.SXS").ErrDescription().find("Unable to copy"), std::string::npos);
-    EXPECT_TRUE(sync.Errors().Exists("/B/TWO.SXS"));
 
     // A file that vanished after the folder was read is skipped quietly.
     faulty->transferBytesBeforeFailure = -1;
     faulty->ghostFiles = {"One.LDR", "Two.LDR"};
     sync.Sync();
     EXPECT_EQ(sync.Errors().Count(), 2);
-    EXPECT_EQ(TempDir::Read(t.remote + "/A/One.SXS"), "one");
-    EXPECT_EQ(TempDir::Read(t.remote + "/A/One.SXS~0000.BAK"), "the only good copy");
+    EXPECT_EQ(Tree(t.remote + "/A"), (std::vector<std::string>{"One.SXS=one", "One.SXS~0000.BAK=the only good copy",
+                                                              "One.XML=one xml"}));
 
     // The disk fills up: new copies are not put in place and leave nothing behind.
     faulty->ghostFiles.clear();
@@ -264,19 +252,15 @@ TEST(SyncSchemes, FailuresAreReportedAndTheCopyingGoesOn) {
     t.L("C/Three.SXS", "three", T);
     t.L("C/Three.XML", "three xml", T);
     SyncSchemes full(faulty);
-    full.GetSchemeList(t.remote, t.local);
-    full.NewerLocalFiles().Item("/C/THREE.SXS").setSyncOptions(syncUpdate);
-    full.Sync();
+    t.Push(full, {"/C/THREE.SXS"});
     EXPECT_EQ(Keys(full.Errors()), std::vector<std::string>{"/C/THREE.SXS"});
-    EXPECT_TRUE(Names(t.remote + "/C").empty());
+    EXPECT_TRUE(Tree(t.remote + "/C").empty());
 
     // A file stands where the destination folder should be.
     t.R("D", "a file, not a folder", T);
     t.L("D/Four.SXS", "four", T);
     SyncSchemes blocked;
-    blocked.GetSchemeList(t.remote, t.local);
-    blocked.NewerLocalFiles().Item("/D/FOUR.SXS").setSyncOptions(syncUpdate);
-    blocked.Sync();
+    t.Push(blocked, {"/D/FOUR.SXS"});
     EXPECT_TRUE(blocked.Errors().Exists("/D/FOUR.SXS"));
     EXPECT_EQ(TempDir::Read(t.remote + "/D"), "a file, not a folder");
 }
@@ -295,15 +279,9 @@ TEST(SyncSchemes, AnUnreadableFolderIsSkippedAndNothingUnderItIsCalledOneSided) 
     faulty->unreadableFolder = t.local + "/Locked";
     SyncSchemes sync(faulty);
     sync.GetSchemeList(t.remote, t.local);
-    EXPECT_EQ(Keys(sync.NewerLocalFiles()), (std::vector<std::string>{"/OPEN/FINE.SXS", "/OPEN/SITE.SXS"}));
-    EXPECT_EQ(sync.NewerRemoteFiles().Count(), 0);
-    if (caseClash) {
-        EXPECT_EQ(Keys(sync.Errors()), (std::vector<std::string>{"/LOCKED/", "/OPEN/SITE.SXS", "/LOCKED/OTHER.SXS",
-                                                                 "/LOCKED/SITE.SXS"}));
-        EXPECT_EQ(sync.Errors().Item("/OPEN/SITE.SXS").File().Name(), "Site.SXS");
-    } else {
-        EXPECT_EQ(Keys(sync.Errors()), (std::vector<std::string>{"/LOCKED/", "/LOCKED/OTHER.SXS", "/LOCKED/SITE.SXS"}));
-    }
+    EXPECT_EQ(Lists(sync), std::string("local /OPEN/FINE.SXS /OPEN/SITE.SXS | remote | synced | errors /LOCKED/") +
+                               (caseClash ? " /OPEN/SITE.SXS" : "") + " /LOCKED/OTHER.SXS /LOCKED/SITE.SXS");
+    if (caseClash) EXPECT_EQ(sync.Errors().Item("/OPEN/SITE.SXS").File().Name(), "Site.SXS");
 }
 
 // A scan that called itself once a level would have to make do with under 200 bytes of stack a
@@ -341,20 +319,17 @@ TEST(SyncSchemes, AWriteProtectedFileFailsItsFamilyUnlessReplacingIsAllowed) {
         SyncSchemes sync(fileSystem);
         RecordedEvents events;
         sync.setEvents(&events);
-        sync.GetSchemeList(t.remote, t.local);
-        sync.NewerLocalFiles().Item("/SITE.SXS").setSyncOptions(syncUpdate);
-        sync.Sync();
+        t.Push(sync);
         EXPECT_TRUE(events.errors.empty());
         if (!allowed) {
             // Nothing of the family is replaced, and it is listed with the reason.
             ASSERT_TRUE(sync.Errors().Exists("/SITE.SXS"));
             EXPECT_NE(sync.Errors().Item("/SITE.SXS").ErrDescription().find("read-only"), std::string::npos);
-            EXPECT_EQ(TempDir::Read(remote), "protected");
-            EXPECT_EQ(Names(t.remote), (std::vector<std::string>{"Site.SXS", "Site.XML"}));
+            EXPECT_EQ(Tree(t.remote), (std::vector<std::string>{"Site.SXS=protected", "Site.XML=old xml"}));
         } else {
             EXPECT_EQ(sync.Errors().Count(), 0);
-            EXPECT_EQ(TempDir::Read(remote), "new scheme");
-            EXPECT_EQ(TempDir::Read(remote + "~0000.BAK"), "protected");
+            EXPECT_EQ(Tree(t.remote), (std::vector<std::string>{"Site.SXS=new scheme", "Site.SXS~0000.BAK=protected",
+                                                                "Site.XML=new xml", "Site.XML~0000.BAK=old xml"}));
         }
     }
     // A copy on its own refuses the same way.
@@ -372,10 +347,130 @@ TEST(SyncSchemesAsUser, AFolderClosedToWritingFailsItsFamiliesAndChangesNothing)
     t.R("Site.SXS", "old", T);
     ASSERT_EQ(chmod(t.remote.c_str(), 0555), 0);
     SyncSchemes sync;
-    sync.GetSchemeList(t.remote, t.local);
-    sync.NewerLocalFiles().Item("/SITE.SXS").setSyncOptions(syncUpdate);
-    sync.Sync();
+    t.Push(sync);
     EXPECT_TRUE(sync.Errors().Exists("/SITE.SXS"));
-    EXPECT_EQ(TempDir::Read(t.remote + "/Site.SXS"), "old");
-    EXPECT_EQ(Names(t.remote), std::vector<std::string>{"Site.SXS"});
+    EXPECT_EQ(Tree(t.remote), std::vector<std::string>{"Site.SXS=old"});
+}
+
+TEST(SchemeFileSystem, CopyGivesTheSourcesExactTimesAndTheTargetsMode) {
+    TempDir dir;
+    std::string source = WriteDated(dir, "a/Site.SXS", "new scheme", 1700000000, 123456700);  // Windows keeps times to 100 ns
+    std::string target = WriteDated(dir, "b/Site.SXS", "old", 1600000000);
+    chmod(target.c_str(), 0640);
+    SchemeFileSystem fs;
+    std::string error;
+    ASSERT_EQ(fs.CopyFile(source, target, false, error), SchemeFileSystem::CopyResult::Copied) << error;
+    FileInfo st = StatOf(target);  // before reading it moves the access time
+    EXPECT_EQ(st.Modified().tv_sec, 1700000000);
+    EXPECT_EQ(st.Modified().tv_nsec, 123456700);
+    EXPECT_EQ(st.Accessed().tv_sec, 1700000000 - 86400);
+#ifndef _WIN32  // no permission bits there
+    EXPECT_EQ(std::filesystem::status(target).permissions() & std::filesystem::perms::mask,
+              std::filesystem::perms(0640));
+#endif
+    EXPECT_EQ(Tree(dir.File("b")), std::vector<std::string>{"Site.SXS=new scheme"});
+}
+
+TEST(SchemeFileSystem, BackupTakesTheFirstFreeNumberAndKeepsTheOldBytesAndTimes) {
+    TempDir dir;
+    std::string file = WriteDated(dir, "Site.SXS", "v1", 1600000000);
+    WriteDated(dir, "Site.SXS~0000.BAK", "older backup", 1500000000);
+    SchemeFileSystem fs;
+    std::string error;
+    EXPECT_EQ(SchemeFileSystem::BackupName(file, 12345), file + "~12345.BAK");
+    EXPECT_EQ(fs.BackupFile(file, error), file + "~0001.BAK");
+    EXPECT_EQ(StatOf(file + "~0001.BAK").Modified().tv_sec, 1600000000);
+
+    // Replacing the file afterwards leaves the backup as it was.
+    std::string source = WriteDated(dir, "new/Site.SXS", "v2", 1700000000);
+    std::string backup;
+    ASSERT_EQ(fs.CopyFile(source, file, true, error, &backup), SchemeFileSystem::CopyResult::Copied);
+    EXPECT_EQ(backup, file + "~0002.BAK");
+    EXPECT_EQ(Tree(dir.Path()), (std::vector<std::string>{"Site.SXS=v2", "Site.SXS~0000.BAK=older backup",
+                                                         "Site.SXS~0001.BAK=v1", "Site.SXS~0002.BAK=v1",
+                                                         "new/Site.SXS=v2"}));
+    EXPECT_TRUE(fs.BackupFile(dir.File("Missing.SXS"), error).empty());
+}
+
+TEST(SchemeFileSystem, AFailedCopyLeavesTheTargetUntouchedAndNoTemporaryFile) {
+    TempDir dir;
+    std::string source = WriteDated(dir, "a/Site.SXS", std::string(100000, 'n'), 1700000000);
+    std::string target = WriteDated(dir, "b/Site.SXS", "the only good copy", 1600000000, 500);
+    FaultyFileSystem fs;
+    std::string error;
+
+    fs.transferBytesBeforeFailure = 4096;  // the share drops mid-copy
+    EXPECT_EQ(fs.CopyFile(source, target, true, error), SchemeFileSystem::CopyResult::Failed);
+    EXPECT_NE(error.find("Input/output error"), std::string::npos);
+    fs.transferBytesBeforeFailure = -1;
+    fs.failFlush = true;  // the disk fills up
+    EXPECT_EQ(fs.CopyFile(source, target, true, error), SchemeFileSystem::CopyResult::Failed);
+    fs.failFlush = false;
+    // A folder where the file should go.
+    std::filesystem::create_directories(dir.File("b/Other.SXS"));
+    EXPECT_EQ(fs.CopyFile(source, dir.File("b/Other.SXS"), true, error), SchemeFileSystem::CopyResult::Failed);
+    // Renames that fail, one copy at a time and as a batch.
+    for (int code : {ENOSPC, EIO}) {
+        fs.failRename = code;
+        EXPECT_EQ(fs.CopyFile(source, target, false, error), SchemeFileSystem::CopyResult::Failed);
+        EXPECT_NE(error.find(std::strerror(code)), std::string::npos) << error;
+        std::vector<SchemeFileSystem::PendingCopy> pending;
+        EXPECT_EQ(fs.CopyFile(source, target, false, error, nullptr, &pending), SchemeFileSystem::CopyResult::Copied);
+        EXPECT_EQ(fs.CopyFile(source, dir.File("b/New.SXS"), false, error, nullptr, &pending),
+                  SchemeFileSystem::CopyResult::Copied);
+        const auto errors = fs.CommitPending(pending);
+        ASSERT_EQ(errors.size(), 2u);
+        EXPECT_NE(errors[0].find(std::strerror(code)), std::string::npos) << errors[0];
+        EXPECT_NE(errors[1].find(std::strerror(code)), std::string::npos) << errors[1];
+    }
+    fs.failRename = 0;
+    // The destination folder went away after the scan.
+    EXPECT_EQ(fs.CopyFile(source, dir.File("gone/Site.SXS"), true, error), SchemeFileSystem::CopyResult::Failed);
+    EXPECT_NE(error.find(dir.File("gone")), std::string::npos) << error;
+
+    EXPECT_EQ(StatOf(target).Modified().tv_nsec, 500);
+    EXPECT_EQ(Tree(dir.File("b")), std::vector<std::string>{"Site.SXS=the only good copy"});
+}
+
+namespace {
+
+SchemeFileItem Named(const std::string& key) {
+    SchemeFileItem item;
+    item.setKey(key);
+    return item;
+}
+
+}  // namespace
+
+TEST(SchemeFileCollection, KeepsOrderFindsByNumberOrKeyIgnoringCaseAndRefusesAKeyTwice) {
+    SchemeFileCollection list;
+    ASSERT_TRUE(list.Add(Named("/A.SXS"), "/A.SXS"));
+    ASSERT_TRUE(list.Add(Named("/B.SXS"), "/B.SXS"));
+    ASSERT_TRUE(list.Add(Named("/C.SXS"), "/C.SXS"));
+    EXPECT_EQ(list.Count(), 3);
+    EXPECT_EQ(list.Item(2).Key(), "/B.SXS");
+    EXPECT_EQ(list.Item("/c.sxs").Key(), "/C.SXS");
+    EXPECT_TRUE(list.Item(0).IsNull());
+    EXPECT_TRUE(list.Item(4).IsNull());
+    EXPECT_TRUE(list.Item("/D.SXS").IsNull());
+
+    // An item taken out of the collection is the item in it.
+    list.Item(1).setSyncOptions(syncRevert);
+    EXPECT_EQ(list.Item("/A.SXS").SyncOptions(), syncRevert);
+
+    // Removal closes the gap in the numbering.
+    EXPECT_TRUE(list.Remove(1));
+    EXPECT_TRUE(list.Remove("/c.SXS"));
+    EXPECT_FALSE(list.Remove("/C.SXS"));
+    EXPECT_EQ(list.Item(1).Key(), "/B.SXS");
+    ASSERT_TRUE(list.Add(Named("/A.SXS"), "/A.SXS"));
+
+    // A key already present is refused and the first item kept.
+    SchemeFileItem first = list.Item("/B.SXS");
+    EXPECT_FALSE(list.Add(Named("second"), "/b.sxs"));
+    EXPECT_FALSE(list.Add(SchemeFileItem::None(), "/OTHER.SXS"));
+    EXPECT_EQ(Keys(list), (std::vector<std::string>{"/B.SXS", "/A.SXS"}));
+    EXPECT_TRUE(list.Item(1) == first);
+    list.Clear();
+    EXPECT_TRUE(list.Item("/B.SXS").IsNull());
 }

@@ -1,6 +1,8 @@
 #pragma once
+#include <algorithm>
 #include <cerrno>
 #include <ctime>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -24,6 +26,43 @@ inline std::string WriteDated(const TempDir& dir, const std::string& name, const
 
 // What is known of a file now: its times as the file system keeps them.
 inline FileInfo StatOf(const std::string& path) { return FileInfo::FromPath(path); }
+
+// Every file under a folder, hidden temporary files included, as "relative/path=contents", sorted.
+inline std::vector<std::string> Tree(const std::string& folder) {
+    namespace fs = std::filesystem;
+    const fs::path root(std::u8string(folder.begin(), folder.end()));
+    std::vector<std::string> files;
+    for (const auto& entry : fs::recursive_directory_iterator(root)) {
+        if (!entry.is_regular_file()) continue;
+        const std::u8string name = entry.path().lexically_relative(root).generic_u8string();
+        const std::u8string path = entry.path().u8string();
+        const std::string contents = TempDir::Read(std::string(path.begin(), path.end()));
+        files.push_back(std::string(name.begin(), name.end()) + "=" + contents);
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+// The keys of a list, in order.
+inline std::vector<std::string> Keys(const SchemeFileCollection& list) {
+    std::vector<std::string> keys;
+    for (const auto& item : list.Items()) keys.push_back(item.Key());
+    return keys;
+}
+
+// The keys of each list of a sync, in order: "local ... | remote ... | synced ... | errors ...".
+inline std::string Lists(const SyncSchemes& sync) {
+    std::string text;
+    const auto add = [&](const char* name, const SchemeFileCollection& list) {
+        text += std::string(text.empty() ? "" : " | ") + name;
+        for (const std::string& key : Keys(list)) text += " " + key;
+    };
+    add("local", sync.NewerLocalFiles());
+    add("remote", sync.NewerRemoteFiles());
+    add("synced", sync.SyncedFiles());
+    add("errors", sync.Errors());
+    return text;
+}
 
 // Records the events; cancels sync at the given found file or copy (counted from 1) when asked to.
 struct RecordedEvents : SyncEvents {

@@ -1,3 +1,5 @@
+#include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -11,7 +13,10 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QPushButton>
 #include <QStatusTipEvent>
+#include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
 
@@ -24,19 +29,24 @@
 #include <meridex/platform/linux/IniUserStore.h>
 #include <meridex/settings/Settings.h>
 
+#include "../../sync/SyncTestSupport.h"
 #include "CommsDialogTest.h"
 #include "CommsTestSupport.h"
 #include "DeskDialogs.h"
 #include "DialogTest.h"
 #include "LibraryDialogs.h"
 #include "MainWindow.h"
+#include "SyncWindow.h"
 #include "TempDir.h"
 #include "Workspace.h"
 
+namespace fs = std::filesystem;
 using namespace meridex;
 using meridex::desk::MainWindow;
+using meridex::desk::SyncWindow;
 using meridex::desk::Workspace;
 using meridex::test::TempDir;
+using meridex::test::WriteDated;
 
 namespace {
 
@@ -111,20 +121,15 @@ const std::vector<QString> kLockedAway = {"cmdSchemeEditor", "cmdCommsWindow", "
 }  // namespace
 
 TEST_F(DeskTest, StartUpLoadsTheSettingsAndBringsTheMapInStepWithThePorts) {
+    const std::string demoMap = TempDir::Read(workspace.CommsMapFile().string());
     auto desk = Open();
     EXPECT_EQ(desk->settings().CurrentProfile().Key(), "Field Crew");
     auto* profiles = test::Child<QComboBox>(desk.get(), "cboCurrentProfile");
     EXPECT_EQ(profiles->currentText(), "Field Crew");
     EXPECT_EQ(profiles->count(), 4);
-    // The map on disk now has a direct profile for each of this PC's two ports, and only those.
-    CommsProfileManager saved(ports, options.store);
-    saved.setMapFile({});
-    ASSERT_TRUE(saved.LoadXMLMapFile(workspace.CommsMapFile().string()));
-    std::vector<std::string> directPorts;
-    for (const XmlNode& p : CommsProfileManager::GetDeviceProfileList(saved.ApplicationProfiles(), "RS232", "DIRECT")) {
-        directPorts.push_back(XMLOps::GetXMLValue(p, "COMMPORT", ""));
-    }
-    EXPECT_EQ(directPorts, (std::vector<std::string>{"1", "2"}));
+    // The map brought in step with this PC's ports is saved at once (which direct profiles stay is the
+    // library's rule).
+    EXPECT_NE(TempDir::Read(workspace.CommsMapFile().string()), demoMap);
 
     // The window says which devices can be used on this PC: the demo's office modem is on COM3.
     auto statusByPort = [](const MainWindow& window) {
@@ -318,14 +323,10 @@ TEST_F(DeskTest, TheProgramsDialogsAreTheLibrarys) {
         .Then([](QWidget* modal) {
             EXPECT_EQ(modal->objectName(), "frmSelectDevice");
             auto* devices = test::Child<QTreeWidget>(modal, "tvDevices");
-            QTreeWidgetItem* root = devices->topLevelItem(0);
-            for (int i = 0; i < root->childCount(); ++i) {
-                if (root->child(i)->text(0) != "Harbour link") continue;
-                test::DoubleClickRow(devices, root->child(i));
-                return;
-            }
-            ADD_FAILURE() << "the map's device is not offered";
-            modal->close();
+            const auto offered = devices->findItems("Harbour link", Qt::MatchExactly | Qt::MatchRecursive);
+            EXPECT_EQ(offered.size(), 1) << "the map's device is offered once";
+            if (offered.isEmpty()) modal->close();
+            else test::DoubleClickRow(devices, offered[0]);
         })
         .Run([&] { chosen = library.SelectCommsDevice(map); });
     EXPECT_EQ(XMLOps::GetXMLValue(chosen, "NAME", ""), "Harbour link");
@@ -345,4 +346,199 @@ TEST_F(DeskTest, TheProgramsDialogsAreTheLibrarys) {
     library.UpgradeFirmware(logger, errors, "/no/such/firmware", nullptr);
     EXPECT_EQ(model, "WL400");
     EXPECT_EQ(folder, "/no/such/firmware");
+}
+
+TEST(Workspace, FirstUseCopiesTheDemoAndLaterUsesKeepWhatIsThere) {
+    TempDir tmp;
+    const Workspace workspace(tmp.File("ws"));
+    std::string error;
+    ASSERT_TRUE(workspace.Prepare(MERIDEX_DEMO_DIR, &error)) << error;
+    EXPECT_TRUE(fs::is_regular_file(workspace.SettingsFile()));
+    EXPECT_TRUE(fs::is_regular_file(workspace.AddressBookFile()));
+    EXPECT_TRUE(fs::is_regular_file(workspace.CommsMapFile()));
+    EXPECT_TRUE(fs::is_regular_file(workspace.DefaultRemoteSchemes() / "North" / "Weir1.SXS"));
+    EXPECT_TRUE(fs::is_directory(workspace.FirmwareFolder()));
+    EXPECT_FALSE(fs::exists(workspace.Folder() / "frame")) << "the demo's test files stay behind";
+
+    const std::string edited = tmp.Write("ws/settings/V4Settings.xml", "<V4SETTINGS><LANG>fr</LANG></V4SETTINGS>\r\n");
+    fs::remove_all(workspace.FirmwareFolder());
+    ASSERT_TRUE(workspace.Prepare(MERIDEX_DEMO_DIR, &error)) << error;
+    EXPECT_EQ(TempDir::Read(edited), "<V4SETTINGS><LANG>fr</LANG></V4SETTINGS>\r\n");
+    EXPECT_TRUE(fs::is_directory(workspace.FirmwareFolder())) << "a missing subfolder is made again";
+}
+
+TEST(Workspace, WithoutADemoTheFoldersAreStillMadeAndOnesThatCannotBeMadeAreReported) {
+    TempDir tmp;
+    const Workspace workspace(tmp.File("ws"));
+    ASSERT_TRUE(workspace.Prepare(tmp.File("no-demo-here")));
+    EXPECT_TRUE(fs::is_directory(workspace.DefaultLocalSchemes()));
+    EXPECT_TRUE(fs::is_directory(workspace.DefaultRemoteSchemes()));
+    EXPECT_FALSE(fs::exists(workspace.SettingsFile()));
+
+    std::string error;
+    EXPECT_FALSE(Workspace(fs::path(tmp.Write("plain-file", "x")) / "ws").Prepare(MERIDEX_DEMO_DIR, &error));
+    EXPECT_NE(error.find("Cannot create the workspace"), std::string::npos) << error;
+}
+
+TEST(Workspace, TheDefaultFolderIsUnderTheUsersDataFolder) {
+    TempDir tmp;
+    // The test program points XDG_DATA_HOME at a scratch folder of its own; HOME is pointed at one here.
+    const std::string data = std::getenv("XDG_DATA_HOME");
+    EXPECT_EQ(Workspace::DefaultFolder(), fs::path(data) / "meridex" / "workspace");
+    const char* home = std::getenv("HOME");
+    const std::string oldHome = home ? home : "";
+    setenv("HOME", tmp.Path().c_str(), 1);
+    unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(Workspace::DefaultFolder(), fs::path(tmp.Path()) / ".local" / "share" / "meridex" / "workspace");
+    setenv("XDG_DATA_HOME", data.c_str(), 1);
+    if (home) setenv("HOME", oldHome.c_str(), 1);
+    else unsetenv("HOME");
+}
+
+TEST(Workspace, TheSettingsSchemesPathIsHonouredWhereItExists) {
+    TempDir tmp;
+    const Workspace workspace(tmp.File("ws"));
+    Settings settings;
+    EXPECT_EQ(workspace.LocalSchemes(settings), workspace.DefaultLocalSchemes());
+    settings.SetString("V4SCHEMES_PATH", "C:\\Meridex\\V4\\Schemes");
+    EXPECT_EQ(workspace.LocalSchemes(settings), workspace.DefaultLocalSchemes()) << "a path of another PC is passed over";
+    fs::create_directories(tmp.File("elsewhere"));
+    settings.SetString("V4SCHEMES_PATH", tmp.File("elsewhere"));
+    EXPECT_EQ(workspace.LocalSchemes(settings), fs::path(tmp.File("elsewhere")));
+}
+
+namespace {
+
+constexpr std::time_t T = 1700000000;
+
+class SyncWindowTest : public ::testing::Test {
+protected:
+    SyncWindowTest() : window(tmp.File("remote"), tmp.File("local"), errors, ui) {
+        errors.setErrorLogFile(tmp.File("ErrorLog.txt"));
+        errors.setLogErrors(true);
+    }
+    QTreeWidget* List(const char* name) { return test::Child<QTreeWidget>(&window, name); }
+    QPushButton* Button(const char* name) { return test::Child<QPushButton>(&window, name); }
+    QString Status() { return test::Child<QLabel>(&window, "lblStatus")->text(); }
+    // The per-scheme option of row i of a list.
+    QComboBox* Option(QTreeWidget* list, int i) {
+        return qobject_cast<QComboBox*>(list->itemWidget(list->topLevelItem(i), 1));
+    }
+    // Column c of every row.
+    static QStringList Column(const QTreeWidget* list, int c) {
+        QStringList texts;
+        for (int i = 0; i < list->topLevelItemCount(); ++i) texts << list->topLevelItem(i)->text(c);
+        return texts;
+    }
+
+    TempDir tmp;
+    std::shared_ptr<RecordingUserInterface> ui = std::make_shared<RecordingUserInterface>();
+    ErrorHandler errors{ui};
+    SyncWindow window;
+};
+
+}  // namespace
+
+TEST_F(SyncWindowTest, ComparesAndSynchronisesTwoFoldersEndToEnd) {
+    WriteDated(tmp, "local/North/Weir1.SXS", "edited here", T + 600);
+    WriteDated(tmp, "remote/North/Weir1.SXS", "office copy", T);
+    WriteDated(tmp, "remote/South/Dam.SXS", "new at the office", T + 900);
+    WriteDated(tmp, "remote/South/Dam.XML", "its parameters", T + 900);
+    WriteDated(tmp, "local/South/Dam.SXS", "old here", T);
+    WriteDated(tmp, "local/Clock.SXS", "c", T + 3600);  // a daylight-saving change, not an edit
+    WriteDated(tmp, "remote/Clock.SXS", "c", T);
+    WriteDated(tmp, "local/Same.SXS", "s", T);
+    WriteDated(tmp, "remote/Same.SXS", "s", T);
+
+    EXPECT_FALSE(Button("cmdSynchronise")->isEnabled()) << "nothing to copy before a compare";
+    test::Click(Button("cmdCompare"));
+    EXPECT_EQ(Column(List("lvNewerLocal"), 0), (QStringList{"/Clock.SXS", "/North/Weir1.SXS"}));
+    EXPECT_EQ(Column(List("lvNewerRemote"), 0), (QStringList{"/South/Dam.SXS"}));
+    EXPECT_EQ(Column(List("lvSynced"), 0), (QStringList{"/Same.SXS"}));
+    EXPECT_TRUE(Column(List("lvNewerLocal"), 4)[0].contains("daylight-saving"));
+    EXPECT_TRUE(Column(List("lvNewerLocal"), 4)[1].isEmpty());
+    EXPECT_EQ(test::ImageKeysOf(List("lvSynced")), (QStringList{"SCHEME"}));
+    EXPECT_EQ(Status(), "2 newer here, 1 newer on the remote side, 1 in step.");
+    EXPECT_TRUE(test::Child<QWidget>(&window, "txtFound")->property("plainText").toString().contains("Dam.SXS"));
+    EXPECT_TRUE(Button("cmdSynchronise")->isEnabled());
+
+    // Weir1 is reverted to the office copy (the local edit is kept as a backup), Dam is brought here,
+    // Clock is left alone.
+    Option(List("lvNewerLocal"), 1)->setCurrentIndex(2);
+    test::Click(Button("cmdUpdateAllRemote"));
+    EXPECT_EQ(Option(List("lvNewerRemote"), 0)->currentText(), "Update");
+    test::Click(Button("cmdSynchronise"));
+
+    EXPECT_EQ(TempDir::Read(tmp.File("local/North/Weir1.SXS")), "office copy");
+    EXPECT_EQ(TempDir::Read(tmp.File("local/South/Dam.XML")), "its parameters");
+    EXPECT_EQ(TempDir::Read(tmp.File("local/Clock.SXS")), "c");
+    // The lists show the folders as they now stand; the backups made are named.
+    EXPECT_EQ(Column(List("lvNewerLocal"), 0), (QStringList{"/Clock.SXS"}));
+    EXPECT_TRUE(Column(List("lvNewerRemote"), 0).isEmpty());
+    EXPECT_EQ(Column(List("lvSynced"), 0), (QStringList{"/Same.SXS", "/North/Weir1.SXS", "/South/Dam.SXS"}));
+    const QStringList what = Column(List("lvErrors"), 0);
+    const QStringList files = Column(List("lvErrors"), 1);
+    ASSERT_EQ(what.count("Backup"), 2) << files.join(", ").toStdString();
+    EXPECT_TRUE(files.contains(QString::fromStdString(tmp.File("local/North/Weir1.SXS~0000.BAK"))));
+    EXPECT_TRUE(files.contains(QString::fromStdString(tmp.File("local/South/Dam.SXS~0000.BAK"))));
+    EXPECT_FALSE(what.contains("Error"));
+    EXPECT_TRUE(Status().startsWith("Synchronised. 0 error(s), 2 backup(s) kept.")) << Status().toStdString();
+    EXPECT_EQ(test::Child<QProgressBar>(&window, "prgSync")->value(), 100);
+    EXPECT_TRUE(ui->Messages().empty());
+}
+
+TEST_F(SyncWindowTest, CancelEndsTheCompareAtTheNextFileAndSortsNothing) {
+    for (const char* name : {"A.SXS", "B.SXS", "C.SXS"}) WriteDated(tmp, std::string("local/") + name, "x", T);
+    int found = 0;
+    window.onFound = [&](const std::string&) {
+        EXPECT_TRUE(window.Running());
+        EXPECT_TRUE(Button("cmdCancel")->isEnabled());
+        EXPECT_FALSE(Button("cmdCompare")->isEnabled());
+        if (++found == 1) test::Click(Button("cmdCancel"));
+    };
+    window.Compare();
+    EXPECT_EQ(found, 1);
+    EXPECT_FALSE(window.Running());
+    EXPECT_EQ(List("lvNewerLocal")->topLevelItemCount(), 0);
+    EXPECT_TRUE(Status().contains("Compare cancelled")) << Status().toStdString();
+    EXPECT_FALSE(Button("cmdSynchronise")->isEnabled());
+
+    window.onFound = nullptr;
+    window.Compare();
+    EXPECT_EQ(List("lvNewerLocal")->topLevelItemCount(), 3) << "a new compare starts afresh";
+}
+
+TEST_F(SyncWindowTest, ACopyThatFailsIsListedAndLogged) {
+    WriteDated(tmp, "local/Site.SXS", "here", T + 60);
+    WriteDated(tmp, "remote/Site.SXS", "there", T);
+    window.Compare();
+    ASSERT_EQ(List("lvNewerLocal")->topLevelItemCount(), 1);
+    test::Click(Button("cmdUpdateAllLocal"));
+    // The remote side's folder becomes a plain file: the copy cannot land.
+    fs::remove_all(tmp.File("remote"));
+    tmp.Write("remote", "not a folder");
+    window.Synchronise();
+    EXPECT_TRUE(Column(List("lvErrors"), 0).contains("Error"));
+    EXPECT_EQ(TempDir::Read(tmp.File("local/Site.SXS")), "here");
+    EXPECT_NE(TempDir::Read(tmp.File("ErrorLog.txt")).find("SyncWindow:"), std::string::npos);
+}
+
+TEST_F(SyncWindowTest, EscapeClosesTheWindowAsItClosesADialog) {
+    ASSERT_TRUE(test::ShowActive(&window));
+    QWidget* focused = QApplication::focusWidget();
+    QTest::keyClick(focused ? focused : &window, Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+}
+
+TEST(SyncWindowTimeNote, NamesOnlyDifferencesThatAreProbablyNotEdits) {
+    TempDir tmp;
+    const auto at = [&](const char* name, std::time_t t) { return FileInfo::FromPath(WriteDated(tmp, name, "x", t)); };
+    const FileInfo base = at("a", T);
+    EXPECT_TRUE(SyncWindow::TimeNote(base, at("b", T + 3600)).contains("daylight-saving"));
+    EXPECT_TRUE(SyncWindow::TimeNote(at("c", T - 3600), base).contains("daylight-saving"));
+    EXPECT_TRUE(SyncWindow::TimeNote(base, at("d", T + 2)).contains("FAT"));
+    EXPECT_TRUE(SyncWindow::TimeNote(base, at("e", T)).isEmpty());
+    EXPECT_TRUE(SyncWindow::TimeNote(base, at("f", T + 3)).isEmpty());
+    EXPECT_TRUE(SyncWindow::TimeNote(base, at("g", T + 3599)).isEmpty());
+    EXPECT_TRUE(SyncWindow::TimeNote(base, FileInfo::None()).isEmpty());
 }

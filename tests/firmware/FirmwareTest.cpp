@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
 #include <tuple>
 
@@ -7,7 +8,11 @@
 #include "TempDir.h"
 #include <meridex/comms/CommsProfileManager.h>
 #include <meridex/comms/ProfileXml.h>
+#include <meridex/firmware/Crc.h>
+#include <meridex/firmware/FirmwareFolder.h>
 #include <meridex/firmware/FirmwareImage.h>
+#include <meridex/firmware/FirmwareVersion.h>
+#include <meridex/firmware/LinkFrame.h>
 #include <meridex/firmware/LinkLogger.h>
 #include <meridex/firmware/LoggerLinks.h>
 #include <meridex/platform/linux/IniUserStore.h>
@@ -19,6 +24,148 @@ namespace {
 using namespace std::chrono_literals;
 using test::SimulatorProcess;
 using test::TempDir;
+
+std::string Payload(std::size_t size, int seed = 1) {
+    std::string bytes(size, '\0');
+    for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>((i * 31 + seed * 7) & 0xFF);
+    return bytes;
+}
+
+std::string WriteImage(const TempDir& dir, const std::string& name, std::vector<std::string> models,
+                       const std::string& version, const std::string& date = "2026-01-01") {
+    return dir.Write(name, FirmwareImage::Make(std::move(models), version, date, Payload(3000)).Serialize());
+}
+
+TEST(Crc, KnownCheckValues) {
+    EXPECT_EQ(Crc::Crc32("123456789"), 0xCBF43926u);
+    EXPECT_EQ(Crc::Crc16("123456789"), 0x29B1);
+    EXPECT_EQ(Crc::Crc32("56789", Crc::Crc32("1234")), 0xCBF43926u);
+}
+
+TEST(FirmwareVersion, ComparesNumericPartsAsNumbers) {
+    EXPECT_GT(FirmwareVersion::Compare("2.10", "2.9"), 0);
+    EXPECT_LT(FirmwareVersion::Compare("1.9.9", "2.0"), 0);
+    EXPECT_EQ(FirmwareVersion::Compare("2.1", "2.1.0"), 0);
+    EXPECT_EQ(FirmwareVersion::Compare("2.01", "2.1"), 0);
+    EXPECT_GT(FirmwareVersion::Compare("2.1.b", "2.1.A"), 0);
+}
+
+TEST(FirmwareImage, AWrittenFileReadsBackWithEverything) {
+    TempDir dir;
+    FirmwareImage made = FirmwareImage::Make({"WL400", "WL410"}, "2.4.1", "2026-03-02", Payload(5000),
+                                             "Rain gauge fix\nsecond line");
+    std::string path = dir.Write("wl400-2.4.1.mxfw", made.Serialize());
+    FirmwareImage::ReadError error;
+    FirmwareImage read = FirmwareImage::Read(path, &error);
+    ASSERT_FALSE(read.IsNull()) << error.description;
+    EXPECT_EQ(error.number, 0);
+    std::string models;
+    for (const std::string& model : read.Models()) models += model + " ";
+    EXPECT_EQ(read.Path() + " " + models + read.Version() + " " + read.Date() + " " + read.Description(),
+              path + " WL400 WL410 2.4.1 2026-03-02 Rain gauge fix second line");
+    EXPECT_EQ(read.Payload(), Payload(5000));
+    EXPECT_EQ(read.PayloadCrc(), Crc::Crc32(Payload(5000)));
+    EXPECT_TRUE(read.FitsModel("wl410"));
+    EXPECT_FALSE(read.FitsModel("WL4"));
+    EXPECT_FALSE(read.FitsModel(""));
+}
+
+TEST(FirmwareImage, DamagedAndForeignFilesAreRefusedWithTheirReason) {
+    TempDir dir;
+    const std::string good = FirmwareImage::Make({"WL400"}, "2.0", "", Payload(2000)).Serialize();
+    FirmwareImage::ReadError error;
+
+    EXPECT_TRUE(FirmwareImage::Read(dir.File("missing.mxfw"), &error).IsNull());
+    EXPECT_EQ(error.number, 53);
+    EXPECT_EQ(error.description, "File not found");
+
+    struct Case {
+        std::string name, bytes, reason;
+    };
+    std::string flipped = good;
+    flipped[flipped.size() / 2] ^= 0x01;
+    std::string header = good;
+    header[header.find("VERSION=2.0") + 8] = '3';  // a forged header: the file's own CRC catches it
+    std::vector<Case> cases = {
+        {"flipped.mxfw", flipped, "checksum does not match"},
+        {"short.mxfw", good.substr(0, good.size() - 100), "checksum does not match"},
+        {"header.mxfw", header, "checksum does not match"},
+        {"text.mxfw", "MODELS=WL400\nVERSION=1\n", "not a firmware file"},
+        {"empty.mxfw", "", "not a firmware file"},
+        {"cut.mxfw", good.substr(0, 16), "cut short"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_TRUE(FirmwareImage::Read(dir.Write(c.name, c.bytes), &error).IsNull()) << c.name;
+        EXPECT_EQ(error.number, FirmwareImage::kInvalidFileFormat) << c.name;
+        EXPECT_NE(error.description.find(c.reason), std::string::npos) << c.name << ": " << error.description;
+    }
+}
+
+TEST(FirmwareFolder, OffersOnlyTheModelsFilesNewestFirstWithTheRunningOneMarked) {
+    TempDir dir;
+    WriteImage(dir, "a-1.2.mxfw", {"WL400"}, "1.2");
+    WriteImage(dir, "b-1.10.MXFW", {"WL400", "WL410"}, "1.10");
+    WriteImage(dir, "c-1.9.mxfw", {"WL410", "wl400"}, "1.9", "2026-05-01");
+    WriteImage(dir, "d-1.9.mxfw", {"WL400"}, "1.9", "2026-04-01");
+    WriteImage(dir, "rg.mxfw", {"RG200"}, "9.0");
+    WriteImage(dir, "sub/e-5.0.mxfw", {"WL400"}, "5.0");  // sub-folders are not searched
+    WriteImage(dir, "notes.txt", {"WL400"}, "8.0");      // nor other extensions
+    dir.Write("broken.mxfw", "MXFW garbage");
+
+    FirmwareFolder folder(dir.Path());
+    ASSERT_TRUE(folder.Exists());
+    EXPECT_EQ(folder.Images().size(), 5u);
+    ASSERT_EQ(folder.Refused().size(), 1u);
+    EXPECT_EQ(std::filesystem::path(folder.Refused()[0].path).filename(), "broken.mxfw");
+
+    std::vector<FirmwareFolder::Offer> offers = folder.OffersFor("WL400", "1.9");
+    // Each file, and whether it is newer (+), the same (=) or older (-) than the running version.
+    std::string offered;
+    for (const auto& offer : offers) {
+        const char* sign = offer.comparison > 0 ? "+" : offer.comparison < 0 ? "-" : "=";
+        offered += std::filesystem::path(offer.image.Path()).filename().string() + sign + " ";
+    }
+    EXPECT_EQ(offered, "b-1.10.MXFW+ c-1.9.mxfw= d-1.9.mxfw= a-1.2.mxfw- ");
+    EXPECT_TRUE(offers[1].Running());
+
+    EXPECT_TRUE(folder.OffersFor("XX1", "1.0").empty());
+    // A logger without runnable firmware: everything is an upgrade.
+    for (const auto& offer : folder.OffersFor("WL400", "")) EXPECT_GT(offer.comparison, 0);
+
+    FirmwareFolder single(dir.File("rg.mxfw"));
+    ASSERT_EQ(single.Images().size(), 1u);
+    EXPECT_EQ(single.OffersFor("rg200", "9.0").size(), 1u);
+    EXPECT_FALSE(FirmwareFolder(dir.File("nowhere")).Exists());
+}
+
+TEST(LinkFrame, ReaderFindsFramesAcrossSplitsGarbageAndDamage) {
+    using LinkFrame::Reader;
+    std::string first = LinkFrame::Encode(LinkFrame::WriteBlock, std::string("\x00\x00\x00\x00payload\xA5\x5A", 13));
+    std::string second = LinkFrame::Encode(LinkFrame::Identify, "");
+    std::string damaged = LinkFrame::Encode(LinkFrame::Verify, "abc");
+    damaged[6] ^= 0x40;
+
+    Reader reader;
+    LinkFrame::Frame frame;
+    std::string stream = "noise\xA5" + first + damaged + second;
+    // Byte by byte: no frame is handed out before it is whole.
+    std::vector<std::pair<Reader::Result, std::uint8_t>> seen;
+    for (char c : stream) {
+        reader.Append(std::string_view(&c, 1));
+        for (Reader::Result r; (r = reader.Next(frame)) != Reader::Result::None;)
+            seen.emplace_back(r, r == Reader::Result::FrameReady ? frame.type : 0);
+    }
+    ASSERT_EQ(seen.size(), 3u);
+    EXPECT_EQ(seen[0], std::make_pair(Reader::Result::FrameReady, std::uint8_t(LinkFrame::WriteBlock)));
+    EXPECT_EQ(seen[1].first, Reader::Result::BadFrame);
+    EXPECT_EQ(seen[2], std::make_pair(Reader::Result::FrameReady, std::uint8_t(LinkFrame::Identify)));
+    EXPECT_EQ(reader.Buffered(), 0u);
+
+    // A length beyond the limit is a bad frame, not a wait for bytes that never come.
+    reader.Append(std::string("\xA5\x5A\x01\xFF\xFF", 5));
+    EXPECT_EQ(reader.Next(frame), Reader::Result::BadFrame);
+    EXPECT_EQ(LinkFrame::GetU32(std::string("\x78\x56\x34\x12", 4), 0), 0x12345678u);
+}
 
 // Records the steps it sees; asks to cancel once a number of bytes is written.
 class Recorder : public UpgradeEvents {
@@ -75,10 +222,15 @@ protected:
         EXPECT_TRUE(logger) << error;
         return logger;
     }
-    static LoggerIdentity Who(Logger& logger) {
+    // What a logger says it is: "MODEL SERIAL vVERSION", and " in its loader" when it waits there.
+    static std::string Id(const LoggerIdentity& who) {
+        const std::string where = who.inLoader ? " in its loader" : "";
+        return who.model + " " + who.serialNumber + " v" + who.firmwareVersion + where;
+    }
+    static std::string Who(Logger& logger) {
         UpgradeResult r = logger.Identify();
         EXPECT_TRUE(r.Ok()) << r.message;
-        return r.identity;
+        return Id(r.identity);
     }
 
     TempDir dir;
@@ -90,17 +242,12 @@ TEST_F(Upgrade, OverTcpTheReportedVersionChangesAndEveryStepIsReported) {
     ASSERT_TRUE(sim.Ready());
     auto logger = Tcp(sim);
     ASSERT_TRUE(logger);
-    LoggerIdentity before = Who(*logger);
-    EXPECT_EQ(before.model, "WL400");
-    EXPECT_EQ(before.serialNumber, "7001");
-    EXPECT_EQ(before.firmwareVersion, "1.0.0");
-    EXPECT_FALSE(before.inLoader);
+    EXPECT_EQ(Who(*logger), "WL400 7001 v1.0.0");
 
     Recorder events;
     UpgradeResult r = logger->LoadFirmware(image, &events);
     ASSERT_TRUE(r.Ok()) << r.message;
-    EXPECT_EQ(r.identity.firmwareVersion, "2.0.0");
-    EXPECT_FALSE(r.identity.inLoader);
+    EXPECT_EQ(Id(r.identity), "WL400 7001 v2.0.0");
     EXPECT_EQ(events.steps, (std::vector<UpgradeStep>{UpgradeStep::Identify, UpgradeStep::EnterLoader,
                                                       UpgradeStep::Erase, UpgradeStep::Write, UpgradeStep::Verify,
                                                       UpgradeStep::Start, UpgradeStep::Confirm}));
@@ -110,7 +257,7 @@ TEST_F(Upgrade, OverTcpTheReportedVersionChangesAndEveryStepIsReported) {
     sim.Stop();
     SimulatorProcess again(Args("tcp"));
     ASSERT_TRUE(again.Ready());
-    EXPECT_EQ(Who(*Tcp(again)).firmwareVersion, "2.0.0");
+    EXPECT_EQ(Who(*Tcp(again)), "WL400 7001 v2.0.0");
 }
 
 TEST_F(Upgrade, OverAPseudoTerminalALinkDroppedAtABlockLeavesTheLoaderAndASecondAttemptCompletes) {
@@ -130,10 +277,7 @@ TEST_F(Upgrade, OverAPseudoTerminalALinkDroppedAtABlockLeavesTheLoaderAndASecond
     ASSERT_TRUE(sim.Ready());
     auto logger = Com201();
     ASSERT_TRUE(logger);
-    LoggerIdentity stranded = Who(*logger);
-    EXPECT_TRUE(stranded.inLoader);
-    EXPECT_EQ(stranded.firmwareVersion, "");  // erased: nothing it could run
-    EXPECT_EQ(stranded.model, "WL400");
+    EXPECT_EQ(Who(*logger), "WL400 7001 v in its loader");  // erased: nothing it could run
 
     Recorder events;
     UpgradeResult r = logger->LoadFirmware(image, &events);
@@ -158,9 +302,7 @@ TEST_F(Upgrade, ALinkOrLoggerThatMisbehavesEndsAsItShould) {
         UpgradeResult r = logger->LoadFirmware(image, nullptr);
         EXPECT_EQ(r.status, status) << r.message;
         EXPECT_NE(r.message.find(said), std::string::npos) << r.message;
-        LoggerIdentity who = Who(*logger);
-        EXPECT_EQ(who.firmwareVersion, r.Ok() ? "2.0.0" : "1.0.0");
-        EXPECT_EQ(who.inLoader, !r.Ok());
+        EXPECT_EQ(Who(*logger), r.Ok() ? "WL400 7001 v2.0.0" : "WL400 7001 v1.0.0 in its loader");
     }
 }
 
@@ -182,9 +324,7 @@ TEST_F(Upgrade, DamagedOrForeignImagesAreRefusedWithNothingWritten) {
     EXPECT_EQ(events.steps, std::vector<UpgradeStep>{UpgradeStep::Identify});
 
     EXPECT_EQ(TempDir::Read(dir.File("flash.bin")), flashBefore);
-    LoggerIdentity after = Who(*logger);
-    EXPECT_FALSE(after.inLoader);
-    EXPECT_EQ(after.firmwareVersion, "1.0.0");
+    EXPECT_EQ(Who(*logger), "WL400 7001 v1.0.0");
 }
 
 TEST_F(Upgrade, CancellingMidWayLeavesTheLoaderAndSaysSo) {
@@ -197,7 +337,7 @@ TEST_F(Upgrade, CancellingMidWayLeavesTheLoaderAndSaysSo) {
     EXPECT_EQ(r.status, UpgradeStatus::Cancelled);
     EXPECT_NE(r.message.find("block 11 of 40"), std::string::npos) << r.message;
     EXPECT_NE(r.message.find("waiting in its loader"), std::string::npos) << r.message;
-    EXPECT_TRUE(Who(*logger).inLoader);
+    EXPECT_EQ(Who(*logger), "WL400 7001 v in its loader");
 
     // Cancelled before anything changed, the logger keeps running.
     SimulatorProcess fresh(Args("tcp", {}, "fresh.bin"));
