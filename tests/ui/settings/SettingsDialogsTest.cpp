@@ -1,10 +1,13 @@
-// The profile editor driven through its real widgets, its prompts answered by a script.
+// The settings dialogs driven through their real widgets: the profile editor with its prompts answered
+// by a script, the small dialogs through the facade's round trips with the real Qt prompts, and the
+// coding of the lock's password.
 #include <gtest/gtest.h>
 
-#include <iterator>
+#include <functional>
 #include <memory>
 #include <optional>
 
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -15,7 +18,11 @@
 #include <meridex/frame/RecordingUserInterface.h>
 #include <meridex/settings/Settings.h>
 #include <meridex/ui/Install.h>
+#include <meridex/ui/QtUserInterface.h>
+#include <meridex/ui/settings/PasswordCoding.h>
+#include <meridex/ui/settings/V4Dialogs.h>
 #include <meridex/ui/settings/frmProfiles.h>
+#include <meridex/ui/settings/frmV4InputBox.h>
 
 #include "DialogTest.h"
 #include "TempDir.h"
@@ -77,13 +84,30 @@ protected:
         Features()->setCurrentItem(Features()->topLevelItem(row));
         QTest::keyClick(Features(), Qt::Key_Space);
     }
-    QStringList ComboEntries() const {
-        QStringList entries;
-        for (int i = 0; i < Current()->count(); ++i) entries << Current()->itemText(i);
-        return entries;
+    // The editor as a person sees it: the profile rows (the selected one marked *), the drop-down's
+    // entries (its choice marked *), and how many features the shown profile has and how many are checked.
+    std::string State() const {
+        QStringList rows, entries;
+        for (int i = 0; i < Profiles()->topLevelItemCount(); ++i) {
+            const QTreeWidgetItem* row = Profiles()->topLevelItem(i);
+            rows << (row == Profiles()->currentItem() ? "*" : "") + row->text(0);
+        }
+        for (int i = 0; i < Current()->count(); ++i)
+            entries << (i == Current()->currentIndex() ? "*" : "") + Current()->itemText(i);
+        return (rows.join(",") + " | " + entries.join(",") + " | " +
+                QString("%1 features, %2 checked").arg(Features()->topLevelItemCount()).arg(Checks(Features()).count(true)))
+            .toStdString();
     }
-    // The last message box's text.
-    std::string LastMessage() const { return ui_->Messages().empty() ? "" : ui_->Messages().back().text; }
+    // Every message box shown, as "text (icon buttons default)".
+    std::string Said() const {
+        static const char* const icons[] = {"none", "critical", "question", "exclamation", "information"};
+        static const char* const buttons[] = {"OK", "OKCancel", "YesNo", "YesNoCancel"};
+        std::string said;
+        for (const auto& m : ui_->Messages())
+            said += m.text + " (" + icons[int(m.icon)] + " " + buttons[int(m.buttons)] + " " +
+                    std::to_string(int(m.defaultButton) + 1) + ")\n";
+        return said;
+    }
 
     TempDir dir_;
     std::string path_;
@@ -94,31 +118,24 @@ protected:
 
 TEST_F(ProfileEditor, ListsTheProfilesAndShowsTheCurrentOnesFeatures) {
     Open();
-    EXPECT_EQ(Texts(Profiles()), QStringList({"ADMINISTRATOR", "DEFAULT", "Crew"}));
-    EXPECT_EQ(ItemKeys(Profiles()), QStringList({"ADMINISTRATOR", "DEFAULT", "Crew"}));
+    // CURRENT_PROFILE names "crew": found ignoring case, its row selected and its key shown. Crew has its
+    // own three features and the 42 catalogue features it gained on load.
+    EXPECT_EQ(State(), "ADMINISTRATOR,DEFAULT,*Crew | ADMINISTRATOR,DEFAULT,*Crew | 45 features, 36 checked");
+    EXPECT_EQ(ItemKeys(Profiles()), Texts(Profiles()));
     EXPECT_EQ(ImageKeysOf(Profiles()), QStringList({"USER", "USER", "USER"}));
-    EXPECT_EQ(ComboEntries(), QStringList({"ADMINISTRATOR", "DEFAULT", "Crew"}));
-    // CURRENT_PROFILE names "crew": found ignoring case, its row selected and its key shown.
-    EXPECT_EQ(Profiles()->currentItem()->text(0), "Crew");
-    EXPECT_EQ(Current()->currentText(), "Crew");
-
-    // Crew's own three features and the 42 catalogue features it gained on load, in order.
-    ASSERT_EQ(Features()->topLevelItemCount(), 45);
     EXPECT_EQ(ItemKeys(Features()).mid(0, 4),
               QStringList({"V4_SELECT_SCHEME", "V4_PROGRAM_LOGGER", "HOST_ONLY", "V4_INIT_NMM"}));
     EXPECT_EQ(Texts(Features())[0], "Show \"Select\" button and menu option");
     EXPECT_EQ(Checks(Features()).mid(0, 3), QList<bool>({true, false, true}));
     // No PROFILES_UNLOCKED: the editor opens unlocked.
     EXPECT_EQ(Control<QPushButton>("cmdLock")->text(), "Lock");
-    EXPECT_TRUE(ui_->Messages().empty());
+    EXPECT_EQ(Said(), "");
 }
 
 TEST_F(ProfileEditor, WithoutACurrentProfileTheFirstRowIsSelected) {
     Open("<V4SETTINGS><PROFILES><PROFILE><KEY>B</KEY></PROFILE><PROFILE><KEY>A</KEY></PROFILE></PROFILES>"
          "</V4SETTINGS>");
-    EXPECT_EQ(Profiles()->currentItem()->text(0), "B");
-    EXPECT_EQ(Current()->currentText(), "B");
-    EXPECT_EQ(Features()->topLevelItemCount(), 44);
+    EXPECT_EQ(State(), "*B,A | *B,A | 44 features, 36 checked");
     EXPECT_TRUE(settings_.CurrentProfile().IsNull()) << "opening the editor chooses nothing";
 }
 
@@ -144,29 +161,20 @@ TEST_F(ProfileEditor, AddingAsksForANameAndAddsADefaultProfileUnlessTheNameExist
     ui_->QueueInput("Field Crew");
     Press("cmdAddProfile");
     ASSERT_EQ(ui_->Inputs().size(), 1u);
-    EXPECT_EQ(ui_->Inputs()[0].prompt, "Enter new profile name");
-    EXPECT_EQ(ui_->Inputs()[0].title, "New Profile");
-    EXPECT_EQ(Texts(Profiles()), QStringList({"ADMINISTRATOR", "DEFAULT", "Crew", "Field Crew"}));
+    EXPECT_EQ(ui_->Inputs()[0].prompt + "|" + ui_->Inputs()[0].title, "Enter new profile name|New Profile");
+    // The current profile's row stays selected.
+    EXPECT_EQ(State(), "ADMINISTRATOR,DEFAULT,*Crew,Field Crew | ADMINISTRATOR,DEFAULT,*Crew,Field Crew | "
+                       "45 features, 36 checked");
     EXPECT_EQ(ImageKeysOf(Profiles()).back(), "USER");
-    EXPECT_EQ(ComboEntries().back(), "Field Crew");
-    const Profile added = settings_.Profiles().Item("Field Crew");
-    ASSERT_FALSE(added.IsNull());
-    EXPECT_EQ(added.Count(), 44);
-    EXPECT_FALSE(added.FeatureAvailable("ED_XML_BAR"));
-    EXPECT_TRUE(added.FeatureAvailable("V4_SCHEME_EDITOR"));
-    EXPECT_EQ(Profiles()->currentItem()->text(0), "Crew") << "the current profile's row stays selected";
+    // A default profile: its features are the library's to assert, the editor's to show.
+    EXPECT_EQ(settings_.Profiles().Item("Field Crew").Count(), 44);
 
     // A name that exists ignoring case is refused; no name (cancelled or empty) adds nothing.
-    ui_->QueueInput("crew");
-    Press("cmdAddProfile");
-    ASSERT_EQ(ui_->Messages().size(), 1u);
-    EXPECT_EQ(LastMessage(), "Profile \"crew\" already exists");
-    EXPECT_EQ(ui_->Messages().back().buttons, MessageButtons::OK);
-    ui_->QueueInput(std::nullopt);
-    Press("cmdAddProfile");
-    ui_->QueueInput("");
-    Press("cmdAddProfile");
-    EXPECT_EQ(ui_->Messages().size(), 1u);
+    for (const std::optional<std::string>& name : {std::optional<std::string>("crew"), {}, {""}}) {
+        ui_->QueueInput(name);
+        Press("cmdAddProfile");
+    }
+    EXPECT_EQ(Said(), "Profile \"crew\" already exists (none OK 1)\n");
     EXPECT_EQ(settings_.Profiles().Count(), 4);
     EXPECT_EQ(Profiles()->topLevelItemCount(), 4);
 }
@@ -175,46 +183,32 @@ TEST_F(ProfileEditor, AddingAsksForANameAndAddsADefaultProfileUnlessTheNameExist
 // profile is never deleted.
 TEST_F(ProfileEditor, ClickingARowShowsItsFeaturesAndDeletingItAsksWithCancelAsDefault) {
     Open();
-    ClickProfile("DEFAULT");  // a row click shows that profile's features
-    ASSERT_EQ(Features()->topLevelItemCount(), 44);
+    ClickProfile("DEFAULT");  // a row click shows that profile's features, and does not change the current one
+    EXPECT_EQ(State(), "ADMINISTRATOR,*DEFAULT,Crew | ADMINISTRATOR,DEFAULT,*Crew | 44 features, 36 checked");
     EXPECT_EQ(ItemKeys(Features()).back(), "ED_SHOW_ADVANCED_PROFILE_BUTTON");
-    EXPECT_EQ(Checks(Features()).count(true), 36);
-    EXPECT_EQ(Current()->currentText(), "Crew") << "a row click does not change the current profile";
     ui_->QueueMessageResult(MessageResult::Cancel);
     Press("cmdDeleteProfile");
-    ASSERT_EQ(ui_->Messages().size(), 1u);
-    const auto asked = ui_->Messages()[0];
-    EXPECT_EQ(asked.text, "Delete profile: DEFAULT");
-    EXPECT_EQ(asked.buttons, MessageButtons::OKCancel);
-    EXPECT_EQ(asked.icon, MessageIcon::Information);
-    EXPECT_EQ(asked.defaultButton, MessageDefaultButton::Second);
+    EXPECT_EQ(Said(), "Delete profile: DEFAULT (information OKCancel 2)\n");
     EXPECT_EQ(settings_.Profiles().Count(), 3);
     EXPECT_EQ(Profiles()->topLevelItemCount(), 3);
 
     ui_->QueueMessageResult(MessageResult::OK);
     Press("cmdDeleteProfile");
     EXPECT_TRUE(settings_.Profiles().Item("DEFAULT").IsNull());
-    EXPECT_EQ(Texts(Profiles()), QStringList({"ADMINISTRATOR", "Crew"}));
-    EXPECT_EQ(ComboEntries(), QStringList({"ADMINISTRATOR", "Crew"}));
     // Not the current profile: the current stays, the first row is selected and loaded.
+    EXPECT_EQ(State(), "*ADMINISTRATOR,Crew | ADMINISTRATOR,*Crew | 44 features, 44 checked");
     EXPECT_EQ(settings_.CurrentProfile().Key(), "Crew");
-    EXPECT_EQ(Current()->currentText(), "Crew");
-    EXPECT_EQ(Profiles()->currentItem()->text(0), "ADMINISTRATOR");
-    EXPECT_EQ(Checks(Features()).count(true), 44);
 
     ClickProfile("Crew");
     ui_->QueueMessageResult(MessageResult::OK);
     Press("cmdDeleteProfile");
+    EXPECT_EQ(State(), "*ADMINISTRATOR | *ADMINISTRATOR | 44 features, 44 checked");
     EXPECT_EQ(settings_.CurrentProfile().Key(), "ADMINISTRATOR");
     EXPECT_EQ(settings_.GetString("CURRENT_PROFILE", ""), "ADMINISTRATOR");
-    EXPECT_EQ(Current()->currentText(), "ADMINISTRATOR");
-    EXPECT_EQ(Profiles()->currentItem()->text(0), "ADMINISTRATOR");
 
     ui_->Clear();
     Press("cmdDeleteProfile");
-    ASSERT_EQ(ui_->Messages().size(), 1u);
-    EXPECT_EQ(LastMessage(), "You must have at least one profile");
-    EXPECT_EQ(ui_->Messages()[0].icon, MessageIcon::Critical);
+    EXPECT_EQ(Said(), "You must have at least one profile (critical OK 1)\n");
     EXPECT_EQ(settings_.Profiles().Count(), 1);
     EXPECT_EQ(Profiles()->topLevelItemCount(), 1);
 }
@@ -269,12 +263,7 @@ TEST_F(ProfileEditor, TheLockButtonLocksWithANewPasswordAndUnlocksOnlyWithTheSto
         EXPECT_EQ(ui_->SetPasswordCount(), c.head.empty() ? 1 : 0);
         // The entry is checked against the decoded password; with none stored nothing is asked.
         EXPECT_EQ(ui_->PasswordChecks(), c.head == pw ? std::vector<std::string>{"pw"} : std::vector<std::string>{});
-        ASSERT_EQ(ui_->Messages().size(), c.message.empty() ? 0u : 1u);
-        if (!c.message.empty()) {
-            EXPECT_EQ(LastMessage(), c.message);
-            EXPECT_EQ(ui_->Messages()[0].icon, MessageIcon::Exclamation);
-            EXPECT_EQ(ui_->Messages()[0].buttons, MessageButtons::OK);
-        }
+        EXPECT_EQ(Said(), c.message.empty() ? "" : c.message + " (exclamation OK 1)\n");
         EXPECT_TRUE(form_->isVisible());
     }
 }
@@ -296,13 +285,11 @@ TEST(ProfileEditorWithoutSettings, EveryHandlerReportsTheMissingSettingsInsteadO
     form.show();
     for (const char* name : {"cmdAddProfile", "cmdDeleteProfile", "cmdLock"}) Click(Child<QPushButton>(&form, name));
     form.LoadProfiles();
-    const char* routines[] = {"cmdAddProfile_Click", "cmdDeleteProfile_Click", "cmdLock_Click", "LoadProfiles"};
-    ASSERT_EQ(ui->Messages().size(), std::size(routines));
-    for (std::size_t i = 0; i < std::size(routines); ++i) {
-        EXPECT_EQ(ui->Messages()[i].text,
-                  "frmProfiles:" + std::string(routines[i]) + " : 91-Object variable or With block variable not set");
-        EXPECT_EQ(ui->Messages()[i].icon, MessageIcon::Exclamation);
-    }
+    std::string said;
+    for (const auto& m : ui->Messages()) said += m.text + (m.icon == MessageIcon::Exclamation ? " (!)\n" : "\n");
+    const std::string unset = " : 91-Object variable or With block variable not set (!)\n";
+    EXPECT_EQ(said, "frmProfiles:cmdAddProfile_Click" + unset + "frmProfiles:cmdDeleteProfile_Click" + unset +
+                        "frmProfiles:cmdLock_Click" + unset + "frmProfiles:LoadProfiles" + unset);
     EXPECT_TRUE(ui->Inputs().empty()) << "no name is asked for when there is nowhere to add it";
     EXPECT_TRUE(form.isVisible());
 }
@@ -340,6 +327,143 @@ TEST(ProfileEditorRoundTrip, ShowProfileEditorEditsModallyAndSavesOnClose) {
     EXPECT_FALSE(saved.Profiles().Item("Night Shift").IsNull());
     UserInterface::Install(nullptr);
     Settings::setProfileEditorOpener({});
+}
+
+std::shared_ptr<UserInterface> QtPrompts() { return std::make_shared<ui::QtUserInterface>(); }
+
+TEST(SmallDialogs, DigitsOnlyCanBeSwitchedOffAgain) {
+    ui::frmV4InputBox form;
+    ASSERT_TRUE(ShowActive(&form));
+    form.setNumbersOnly(true);
+    form.setNumbersOnly(false);
+    EXPECT_FALSE(form.NumbersOnly());
+    Type(form.txtInput, "a1");
+    EXPECT_EQ(form.txtInput->text(), "a1");
+}
+
+TEST(SmallDialogs, SetPasswordShowsMismatchThenTheDialogAgain) {
+    const ui::V4Dialogs dialogs(QtPrompts());
+    const auto typePair = [](const char* first, const char* second) {
+        return [=](QWidget* modal) {
+            EXPECT_EQ(modal->objectName(), "frmSetPassword");
+            Type(Child<QLineEdit>(modal, "txtPassword"), first);
+            Type(Child<QLineEdit>(modal, "txtPassword2"), second);
+            Click(Child<QPushButton>(modal, "cmdOK"));
+        };
+    };
+    std::string password = "unset";
+    ModalScript()
+        .Then(typePair("abc", "ABC"))
+        .Then([](QWidget* modal) {
+            QMessageBox* box = AsMessageBox(modal);
+            EXPECT_EQ(box->text(), "Passwords don't match");
+            EXPECT_EQ(box->icon(), QMessageBox::Information);
+            EXPECT_EQ(box->standardButtons(), QMessageBox::Ok);
+            Answer(modal, QMessageBox::Ok);
+        })
+        .Then(typePair("abc", "abc"))
+        .Run([&] { password = dialogs.SetPassword(); });
+    EXPECT_EQ(password, "abc");
+}
+
+// A keyboard user over a host's window: the focus starts in the first field, so what is typed goes
+// there; Tab moves to the next field; Enter (either key) is OK, Escape and the close box Cancel. Each
+// row: the dialog, its caption, the fields typed, the last key (none: the close box), and what the
+// facade returns (EnterPassword as "true" or "false"; it compares case-sensitively).
+TEST(SmallDialogs, TheFocusStartsInTheFirstFieldAndEnterOrEscapeAnswers) {
+    QWidget host;
+    ASSERT_TRUE(ShowActive(&host));
+    const ui::V4Dialogs dialogs(QtPrompts());
+    const std::function<std::string()> name = [&] { return dialogs.InputBox("Name", "New Profile"); };
+    // Digits only, at most four, with a tip.
+    const std::function<std::string()> port = [&] {
+        return dialogs.InputBox("Enter the port number", "Port", 4, true, "1 to 65535");
+    };
+    const std::function<std::string()> set = [&] { return dialogs.SetPassword(); };
+    const std::function<std::string()> enter = [&] { return dialogs.EnterPassword("SECRET") ? "true" : "false"; };
+    const QString longName(300, 'x');
+    const struct {
+        const char* dialog;
+        const char* caption;
+        QStringList fields;
+        Qt::Key last;
+        const std::function<std::string()>& call;
+        std::string answer;
+    } cases[] = {
+        {"frmV4InputBox", "New Profile", {"Night Shift"}, Qt::Key_Return, name, "Night Shift"},
+        {"frmV4InputBox", "New Profile", {longName}, Qt::Key_Return, name, longName.toStdString()},
+        {"frmV4InputBox", "New Profile", {"typed, then cancelled"}, Qt::Key_Escape, name, ""},
+        {"frmV4InputBox", "New Profile", {"typed, then closed"}, Qt::Key_unknown, name, ""},
+        {"frmV4InputBox", "Port", {"9x0012"}, Qt::Key_Return, port, "9001"},
+        {"frmSetPassword", "Set Password", {"abc", "abc"}, Qt::Key_Return, set, "abc"},
+        {"frmSetPassword", "Set Password", {"abc", "abc"}, Qt::Key_Escape, set, ""},
+        {"frmSetPassword", "Set Password", {"abc", "abc"}, Qt::Key_unknown, set, ""},
+        {"frmEnterPassword", "Enter Password", {"SECRET"}, Qt::Key_Enter, enter, "true"},
+        {"frmEnterPassword", "Enter Password", {"secret"}, Qt::Key_Return, enter, "false"},
+        {"frmEnterPassword", "Enter Password", {"SECRET"}, Qt::Key_Escape, enter, "false"},
+        {"frmEnterPassword", "Enter Password", {"SECRET"}, Qt::Key_unknown, enter, "false"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.dialog) + " " + c.fields.join(",").left(40).toStdString());
+        std::string answer = "unset";
+        ModalScript()
+            .Then([&](QWidget* modal) {
+                EXPECT_EQ(modal->objectName(), c.dialog);
+                EXPECT_EQ(modal->windowTitle(), c.caption);
+                if (auto* txtInput = modal->findChild<QLineEdit*>("txtInput")) {
+                    EXPECT_EQ(txtInput->toolTip(), &c.call == &port ? "1 to 65535" : "");
+                    EXPECT_EQ(Child<QLabel>(modal, "lblPrompt")->text(), &c.call == &port ? "Enter the port number" : "Name");
+                }
+                ASSERT_TRUE(QTest::qWaitForWindowActive(modal));
+                for (int i = 0; i < c.fields.size(); ++i) {
+                    QWidget* focus = QApplication::focusWidget();
+                    if (!qobject_cast<QLineEdit*>(focus)) {
+                        ADD_FAILURE() << "the focus is not in a field";
+                        modal->close();
+                        return;
+                    }
+                    // What is typed into a password field is not shown.
+                    EXPECT_EQ(static_cast<QLineEdit*>(focus)->echoMode(),
+                              &c.call == &set || &c.call == &enter ? QLineEdit::Password : QLineEdit::Normal);
+                    QTest::keyClicks(focus, c.fields[i]);
+                    if (i + 1 < c.fields.size()) QTest::keyClick(focus, Qt::Key_Tab);
+                    else if (c.last != Qt::Key_unknown) QTest::keyClick(focus, c.last);
+                    else modal->close();
+                }
+            })
+            .Run([&] { answer = c.call(); });
+        EXPECT_EQ(answer, c.answer);
+    }
+}
+
+TEST(SmallDialogs, TheFacadePassesEverythingToTheInstalledInterface) {
+    const auto recording = std::make_shared<RecordingUserInterface>();
+    UserInterface::Install(recording);
+    const ui::V4Dialogs dialogs;
+    recording->QueueInput(std::nullopt);
+    EXPECT_EQ(dialogs.InputBox("Prompt", "Caption", 12, true, "Tip"), "");
+    ASSERT_EQ(recording->Inputs().size(), 1u);
+    const InputBoxOptions& options = recording->Inputs()[0].options;
+    EXPECT_EQ(recording->Inputs()[0].title + std::to_string(options.maxLength) + (options.numbersOnly ? " digits " : " ") +
+                  options.toolTip,
+              "Caption12 digits Tip");
+    recording->QueuePasswordEntry("pw");
+    EXPECT_TRUE(dialogs.EnterPassword("pw"));
+    UserInterface::Install(nullptr);
+}
+
+TEST(PasswordCoding, EncodedIsAtSignAndBase64OfWindows1252AndDecodesBack) {
+    EXPECT_EQ(ui::EncodePassword("secret"), "@c2VjcmV0");
+    // "é" is one windows-1252 byte, 0xE9.
+    EXPECT_EQ(ui::EncodePassword("\xC3\xA9"), "@6Q==");
+    EXPECT_EQ(ui::EncodePassword(""), "@");
+    for (const std::string password : {"secret", "Pa55 w0rd!", "\xC3\xA9t\xC3\xA9", "", "a"})
+        EXPECT_EQ(ui::DecodePassword(ui::EncodePassword(password)), password);
+}
+
+// A marked text that is not Base64 is the decode error, which the profile editor's lock shows.
+TEST(PasswordCoding, TextWithoutTheMarkerDecodesToNoPassword) {
+    for (const char* unmarked : {"c2VjcmV0", "", " @c2VjcmV0"}) EXPECT_EQ(ui::DecodePassword(unmarked), "");
 }
 
 }  // namespace
