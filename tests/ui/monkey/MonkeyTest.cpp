@@ -187,6 +187,14 @@ struct Scene {
     std::function<void(World&)> closed = [](World&) {};
 };
 
+// A form made bare and given the one thing it shows.
+template <class Form, class Shown>
+std::unique_ptr<QWidget> Given(void (Form::*set)(Shown*), Shown* shown) {
+    auto form = std::make_unique<Form>();
+    (form.get()->*set)(shown);
+    return form;
+}
+
 std::vector<Scene> Scenes() {
     return {
         {"frmProfiles",
@@ -207,18 +215,11 @@ std::vector<Scene> Scenes() {
              form->LoadAddressBook(w.bookFile, w.mapFile, w.dir.File("schemes"));
              return form;
          }},
-        {"frmNewSite",
-         [](World& w) {
-             auto form = std::make_unique<ui::frmNewSite>();
-             form->setCommsDevices(&w.Map());
-             return form;
-         }},
+        {"frmNewSite", [](World& w) { return Given(&ui::frmNewSite::setCommsDevices, &w.Map()); }},
         {"frmSelectSite",
          [](World& w) {
              w.book.LoadAddressBook(w.bookFile);
-             auto form = std::make_unique<ui::frmSelectSite>();
-             form->setAddressBook(&w.book);
-             return form;
+             return Given(&ui::frmSelectSite::setAddressBook, &w.book);
          }},
         {"frmCommsMap",
          [](World& w) {
@@ -228,11 +229,7 @@ std::vector<Scene> Scenes() {
          }},
         {"frmNewCommsMapDevice", [](World& w) { return std::make_unique<ui::frmNewCommsMapDevice>(w.ports, w.store); }},
         {"frmSelectDevice",
-         [](World& w) {
-             auto form = std::make_unique<ui::frmSelectDevice>();
-             form->setCommunicationsManager(&w.Map());
-             return form;
-         }},
+         [](World& w) { return Given(&ui::frmSelectDevice::setCommunicationsManager, &w.Map()); }},
     };
 }
 
