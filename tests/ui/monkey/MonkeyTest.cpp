@@ -85,11 +85,10 @@ public:
                              const std::string& caption, MessageDefaultButton defaultButton) override {
         // One of the buttons offered, as a person can only press those.
         using R = MessageResult;
-        const std::vector<R> offered = buttons == MessageButtons::OK         ? std::vector<R>{R::OK}
-                                       : buttons == MessageButtons::OKCancel ? std::vector<R>{R::OK, R::Cancel}
-                                       : buttons == MessageButtons::YesNo    ? std::vector<R>{R::Yes, R::No}
-                                                                             : std::vector<R>{R::Yes, R::No, R::Cancel};
-        if (!wayOut) QueueMessageResult(Pick(random_, offered));
+        // Indexed by MessageButtons: OK, OKCancel, YesNo, YesNoCancel.
+        static const std::vector<R> offered[] = {
+            {R::OK}, {R::OK, R::Cancel}, {R::Yes, R::No}, {R::Yes, R::No, R::Cancel}};
+        if (!wayOut) QueueMessageResult(Pick(random_, offered[static_cast<int>(buttons)]));
         return RecordingUserInterface::MessageBox(text, buttons, icon, caption, defaultButton);
     }
     std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,

@@ -73,10 +73,9 @@ protected:
 
     // Clicks the row of lvProfiles whose text is key.
     void ClickProfile(const QString& key) const {
-        const auto rows = Profiles()->findItems(key, Qt::MatchExactly);
-        ASSERT_EQ(rows.size(), 1);
-        QTest::mouseClick(Profiles()->viewport(), Qt::LeftButton, {},
-                          Profiles()->visualItemRect(rows[0]).center());
+        QTreeWidgetItem* row = Keyed(Profiles(), key);
+        ASSERT_NE(row, nullptr) << key.toStdString();
+        ClickRow(Profiles(), row);
     }
     // Toggles the check mark of row as a person does: select it, press Space.
     void ToggleFeature(int row) const {
