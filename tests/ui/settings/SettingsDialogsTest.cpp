@@ -226,6 +226,7 @@ TEST_F(ProfileEditor, TheLockButtonLocksWithANewPasswordAndUnlocksOnlyWithTheSto
         bool unlocked;       // afterwards
         std::string stored;  // PROFILE_PASSWORD afterwards; "none" when there is none
         std::string message; // the one message box shown, if any
+        std::optional<std::string> relock = {};  // the new password of a second press, if any
     } cases[] = {
         {"", "pw", false, "@cHc=", ""},
         {"", std::nullopt, true, "none", ""},
@@ -239,17 +240,21 @@ TEST_F(ProfileEditor, TheLockButtonLocksWithANewPasswordAndUnlocksOnlyWithTheSto
         {pw, std::nullopt, false, "@cHc=", "Invalid password"},
         // Unlocking forgets the password: kept, but empty.
         {pw, "pw", true, "", ""},
+        // After unlocking, the next press asks for a new password.
+        {pw, "pw", false, "@bmV3", "", "new"},
         {locked, std::nullopt, true, "none", ""},
         // A stored password that is not Base64 fails to decode: a warning, and the editor stays open.
         {locked + "<PROFILE_PASSWORD>@abc</PROFILE_PASSWORD>", "abc", false, "@abc",
          "frmProfiles:cmdLock_Click : -2147221504-Unable to decode string"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.head + " answered " + c.answer.value_or("(cancelled)"));
+        SCOPED_TRACE(c.head + " answered " + c.answer.value_or("(cancelled)") + " then " + c.relock.value_or("-"));
         Open(OneProfile(c.head));
         if (c.head.empty() && c.answer) ui_->QueueNewPassword(*c.answer);
         if (!c.head.empty()) ui_->QueuePasswordEntry(c.answer);
         Press("cmdLock");
+        if (c.relock) ui_->QueueNewPassword(*c.relock);
+        if (c.relock) Press("cmdLock");
         EXPECT_EQ(Control<QPushButton>("cmdLock")->text(), c.unlocked ? "Lock" : "Unlock");
         for (const char* name : {"lblSelectProfile", "lvProfiles", "cmdAddProfile", "cmdDeleteProfile",
                                  "lblSetCurrentProfile", "cboCurrentProfile", "lvFeatures"})
@@ -259,23 +264,12 @@ TEST_F(ProfileEditor, TheLockButtonLocksWithANewPasswordAndUnlocksOnlyWithTheSto
         EXPECT_EQ(settings_.GetBoolean("PROFILES_UNLOCKED", c.head.empty()), c.unlocked);
         const XmlNode stored = settings_.Root().FirstChildElement("PROFILE_PASSWORD");
         EXPECT_EQ(stored.IsNull() ? "none" : stored.Text(), c.stored);
-        EXPECT_EQ(ui_->SetPasswordCount(), c.head.empty() ? 1 : 0);
+        EXPECT_EQ(ui_->SetPasswordCount(), c.head.empty() || c.relock ? 1 : 0);
         // The entry is checked against the decoded password; with none stored nothing is asked.
         EXPECT_EQ(ui_->PasswordChecks(), c.head == pw ? std::vector<std::string>{"pw"} : std::vector<std::string>{});
         EXPECT_EQ(Said(), c.message.empty() ? "" : c.message + " (exclamation OK 1)\n");
         EXPECT_TRUE(form_->isVisible());
     }
-}
-
-TEST_F(ProfileEditor, AfterUnlockingTheNextLockAsksForANewPassword) {
-    Open(OneProfile("<PROFILES_UNLOCKED>0</PROFILES_UNLOCKED><PROFILE_PASSWORD>@cHc=</PROFILE_PASSWORD>"));
-    ui_->QueuePasswordEntry("pw");
-    Press("cmdLock");
-    ui_->QueueNewPassword("new");
-    Press("cmdLock");
-    EXPECT_EQ(ui_->SetPasswordCount(), 1);
-    EXPECT_EQ(settings_.GetString("PROFILE_PASSWORD", ""), "@bmV3");
-    EXPECT_EQ(Control<QPushButton>("cmdLock")->text(), "Unlock");
 }
 
 TEST(ProfileEditorWithoutSettings, EveryHandlerReportsTheMissingSettingsInsteadOfCrashing) {
