@@ -165,8 +165,9 @@ TEST_F(ProfileEditor, AddingAsksForANameAndAddsADefaultProfileUnlessTheNameExist
     EXPECT_EQ(State(), "ADMINISTRATOR,DEFAULT,*Crew,Field Crew | ADMINISTRATOR,DEFAULT,*Crew,Field Crew | "
                        "45 features, 36 checked");
     EXPECT_EQ(ImageKeysOf(Profiles()).back(), "USER");
-    // A default profile: its features are the library's to assert, the editor's to show.
+    // The standard default profile (the library asserts its features), not the administrator's.
     EXPECT_EQ(settings_.Profiles().Item("Field Crew").Count(), 44);
+    EXPECT_FALSE(settings_.Profiles().Item("Field Crew").FeatureAvailable("ED_XML_BAR"));
 
     // A name that exists ignoring case is refused; no name (cancelled or empty) adds nothing.
     for (const std::optional<std::string>& name : {std::optional<std::string>("crew"), {}, {""}}) {
