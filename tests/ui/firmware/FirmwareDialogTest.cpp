@@ -5,20 +5,17 @@
 #include <filesystem>
 #include <memory>
 
-#include <QApplication>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QTest>
 #include <QTreeWidget>
 
 #include <meridex/firmware/FirmwareImage.h>
 #include <meridex/frame/ErrorHandler.h>
 #include <meridex/frame/FileOps.h>
 #include <meridex/frame/RecordingUserInterface.h>
-#include <meridex/ui/firmware/frmFirmware.h>
-
 #include <meridex/firmware/LoggerLinks.h>
+#include <meridex/ui/firmware/frmFirmware.h>
 
 #include "DialogTest.h"
 #include "SimulatorProcess.h"
@@ -89,6 +86,13 @@ protected:
     }
     QTreeWidget* Files() const { return Control<QTreeWidget>("lvFiles"); }
     void SelectRow(int row) { Files()->setCurrentItem(Files()->topLevelItem(row)); }
+    QString Label(const char* name) const { return Control<QLabel>(name)->text(); }
+    // The logger as the dialog shows it, and whether Upgrade can be pressed.
+    std::string Shown() const {
+        return (Label("lblModel") + " " + Label("lblSerial") + " " + Label("lblVersion") + ", " + Label("lblMode") +
+                (Control<QPushButton>("cmdUpgrade")->isEnabled() ? ", upgrade" : ", no upgrade"))
+            .toStdString();
+    }
     std::string Log() const {
         std::string text;
         FileOps::ReadWholeFile(dir_.File("MeridexAppLibrary.log"), text);
@@ -104,17 +108,11 @@ protected:
 
 TEST_F(FirmwareDialog, ShowsTheLoggerAndOffersOnlyItsFilesNewestFirstWithTheRunningOneMarked) {
     Open();
-    EXPECT_EQ(Control<QLabel>("lblModel")->text(), "WL400");
-    EXPECT_EQ(Control<QLabel>("lblSerial")->text(), "7001");
-    EXPECT_EQ(Control<QLabel>("lblVersion")->text(), "1.5.0");
-    EXPECT_EQ(Control<QLabel>("lblMode")->text(), "Running its firmware");
-    EXPECT_EQ(ItemKeys(Files()), (QStringList{QString::fromStdString(dir_.File("fw/wl-2.0.mxfw")),
-                                              QString::fromStdString(dir_.File("fw/wl-1.5.mxfw")),
-                                              QString::fromStdString(dir_.File("fw/wl-1.2.mxfw"))}));
+    EXPECT_EQ(Shown(), "WL400 7001 1.5.0, Running its firmware, upgrade");
+    EXPECT_EQ(ItemKeys(Files())[0], QString::fromStdString(dir_.File("fw/wl-2.0.mxfw")));  // a row's key is its file
     EXPECT_EQ(ImageKeysOf(Files()), (QStringList{"FIRMWARE", "FIRMWARERUNNING", "FIRMWARE"}));
-    EXPECT_EQ(Texts(Files())[1], "1.5.0 (running)");
+    EXPECT_EQ(Texts(Files()), (QStringList{"2.0.0", "1.5.0 (running)", "1.2.0"}));
     EXPECT_EQ(Files()->topLevelItem(0)->text(2), "4 KiB");
-    EXPECT_TRUE(Control<QPushButton>("cmdUpgrade")->isEnabled());
     // The damaged file is not offered, and is logged with the routine that met it.
     EXPECT_NE(Log().find("Error in subroutine frmFirmware:LoadFirmwareFiles - 321 : Invalid file format"), std::string::npos)
         << Log();
@@ -128,24 +126,22 @@ TEST_F(FirmwareDialog, AnUpgradeRunsAtOnceButADowngradeOrTheRunningVersionAsksFi
     Click(Control<QPushButton>("cmdUpgrade"));  // 2.0.0, newer: no question
     EXPECT_TRUE(ui_->Messages().empty());
     EXPECT_EQ(logger_.loaded, std::vector<std::string>{"2.0.0"});
-    EXPECT_EQ(Control<QLabel>("lblResult")->text(), "The logger now runs firmware 2.0.0.");
+    EXPECT_EQ(Label("lblResult"), "The logger now runs firmware 2.0.0.");
     EXPECT_EQ(Control<QProgressBar>("pbProgress")->value(), 100);
-    EXPECT_EQ(Control<QLabel>("lblVersion")->text(), "2.0.0");  // identified again afterwards
+    EXPECT_EQ(Label("lblVersion"), "2.0.0");  // identified again afterwards
 
     SelectRow(2);  // 1.2.0 under 2.0.0: a downgrade
     ui_->QueueMessageResult(MessageResult::No);
     Click(Control<QPushButton>("cmdUpgrade"));
-    ASSERT_EQ(ui_->Messages().size(), 1u);
-    EXPECT_NE(ui_->Messages()[0].text.find("older"), std::string::npos);
-    EXPECT_EQ(ui_->Messages()[0].buttons, MessageButtons::YesNo);
-    EXPECT_EQ(logger_.loaded.size(), 1u);  // declined: nothing loaded
-
     SelectRow(0);  // 2.0.0 again, now the running version
     ui_->QueueMessageResult(MessageResult::Yes);
     Click(Control<QPushButton>("cmdUpgrade"));
+    // The downgrade declined loads nothing; the running version accepted loads again.
+    EXPECT_EQ(logger_.loaded, (std::vector<std::string>{"2.0.0", "2.0.0"}));
     ASSERT_EQ(ui_->Messages().size(), 2u);
+    EXPECT_NE(ui_->Messages()[0].text.find("older"), std::string::npos);
     EXPECT_NE(ui_->Messages()[1].text.find("already runs"), std::string::npos);
-    EXPECT_EQ(logger_.loaded.back(), "2.0.0");
+    EXPECT_EQ(ui_->Messages()[0].buttons, MessageButtons::YesNo);
     EXPECT_EQ(Log().find("cmdUpgrade_Click"), std::string::npos);
 }
 
@@ -183,8 +179,8 @@ TEST_F(FirmwareDialog, FailuresAreLoggedWithTheirContextAndCancelStopsTheUpgrade
     const std::string before = Log();
     Click(Control<QPushButton>("cmdUpgrade"));
     EXPECT_EQ(form_->LastResult().status, UpgradeStatus::Cancelled);
-    EXPECT_NE(Control<QLabel>("lblResult")->text().indexOf("waiting in its loader"), -1);
-    EXPECT_EQ(Control<QLabel>("lblMode")->text(), "Waiting in its loader");
+    EXPECT_NE(Label("lblResult").indexOf("waiting in its loader"), -1);
+    EXPECT_EQ(Label("lblMode"), "Waiting in its loader");
     EXPECT_EQ(Log(), before);
     EXPECT_TRUE(form_->isVisible());  // Cancel during an upgrade does not close the dialog
     Click(Control<QPushButton>("cmdCancel"));
@@ -194,9 +190,8 @@ TEST_F(FirmwareDialog, FailuresAreLoggedWithTheirContextAndCancelStopsTheUpgrade
 TEST_F(FirmwareDialog, ALoggerThatDoesNotAnswerIsLoggedAndNothingIsOffered) {
     logger_.silent = true;
     Open();
-    EXPECT_EQ(Control<QLabel>("lblMode")->text(), "Not identified");
+    EXPECT_EQ(Shown(), "  , Not identified, no upgrade");
     EXPECT_EQ(Files()->topLevelItemCount(), 0);
-    EXPECT_FALSE(Control<QPushButton>("cmdUpgrade")->isEnabled());
     EXPECT_NE(Log().find("frmFirmware:IdentifyLogger - 57 : The logger did not answer"), std::string::npos) << Log();
 }
 
@@ -208,7 +203,7 @@ TEST_F(FirmwareDialog, UpgradesTheSimulatedLoggerAndACancelledOneIsCompletedByTh
     std::unique_ptr<LinkLogger> link = LoggerLinks::OpenTcp("127.0.0.1", sim.Port(), error);
     ASSERT_TRUE(link) << error;
     Open(link.get());
-    EXPECT_EQ(Control<QLabel>("lblSerial")->text(), "88123");
+    EXPECT_EQ(Shown(), "WL400 88123 1.2.0, Running its firmware, upgrade");
     EXPECT_EQ(Texts(Files()), (QStringList{"2.0.0", "1.5.0", "1.2.0 (running)"}));
 
     // An upgrade cancelled once the write has begun leaves the logger in its loader; the dialog shows it so.
@@ -220,13 +215,12 @@ TEST_F(FirmwareDialog, UpgradesTheSimulatedLoggerAndACancelledOneIsCompletedByTh
     EXPECT_EQ(link->LoadFirmware(FirmwareImage::Read(dir_.File("fw/wl-2.0.mxfw")), &cancel).status,
               UpgradeStatus::Cancelled);
     form_->Form_Load();
-    EXPECT_EQ(Control<QLabel>("lblMode")->text(), "Waiting in its loader");
+    EXPECT_EQ(Label("lblMode"), "Waiting in its loader");
 
     SelectRow(0);
     Click(Control<QPushButton>("cmdUpgrade"));
     EXPECT_EQ(form_->LastResult().status, UpgradeStatus::Ok) << form_->LastResult().message;
-    EXPECT_EQ(Control<QLabel>("lblVersion")->text(), "2.0.0");
-    EXPECT_EQ(Control<QLabel>("lblMode")->text(), "Running its firmware");
+    EXPECT_EQ(Shown(), "WL400 88123 2.0.0, Running its firmware, upgrade");
     EXPECT_EQ(Texts(Files())[0], "2.0.0 (running)");
     EXPECT_EQ(Log().find("cmdUpgrade_Click"), std::string::npos) << Log();
 }

@@ -85,11 +85,10 @@ public:
                              const std::string& caption, MessageDefaultButton defaultButton) override {
         // One of the buttons offered, as a person can only press those.
         using R = MessageResult;
-        const std::vector<R> offered = buttons == MessageButtons::OK         ? std::vector<R>{R::OK}
-                                       : buttons == MessageButtons::OKCancel ? std::vector<R>{R::OK, R::Cancel}
-                                       : buttons == MessageButtons::YesNo    ? std::vector<R>{R::Yes, R::No}
-                                                                             : std::vector<R>{R::Yes, R::No, R::Cancel};
-        if (!wayOut) QueueMessageResult(Pick(random_, offered));
+        // Indexed by MessageButtons: OK, OKCancel, YesNo, YesNoCancel.
+        static const std::vector<R> offered[] = {
+            {R::OK}, {R::OK, R::Cancel}, {R::Yes, R::No}, {R::Yes, R::No, R::Cancel}};
+        if (!wayOut) QueueMessageResult(Pick(random_, offered[static_cast<int>(buttons)]));
         return RecordingUserInterface::MessageBox(text, buttons, icon, caption, defaultButton);
     }
     std::optional<std::string> InputBox(const std::string& prompt, const std::string& title,
@@ -187,6 +186,14 @@ struct Scene {
     std::function<void(World&)> closed = [](World&) {};
 };
 
+// A form made bare and given the one thing it shows.
+template <class Form, class Shown>
+std::unique_ptr<QWidget> Given(void (Form::*set)(Shown*), Shown* shown) {
+    auto form = std::make_unique<Form>();
+    (form.get()->*set)(shown);
+    return form;
+}
+
 std::vector<Scene> Scenes() {
     return {
         {"frmProfiles",
@@ -207,18 +214,11 @@ std::vector<Scene> Scenes() {
              form->LoadAddressBook(w.bookFile, w.mapFile, w.dir.File("schemes"));
              return form;
          }},
-        {"frmNewSite",
-         [](World& w) {
-             auto form = std::make_unique<ui::frmNewSite>();
-             form->setCommsDevices(&w.Map());
-             return form;
-         }},
+        {"frmNewSite", [](World& w) { return Given(&ui::frmNewSite::setCommsDevices, &w.Map()); }},
         {"frmSelectSite",
          [](World& w) {
              w.book.LoadAddressBook(w.bookFile);
-             auto form = std::make_unique<ui::frmSelectSite>();
-             form->setAddressBook(&w.book);
-             return form;
+             return Given(&ui::frmSelectSite::setAddressBook, &w.book);
          }},
         {"frmCommsMap",
          [](World& w) {
@@ -228,11 +228,7 @@ std::vector<Scene> Scenes() {
          }},
         {"frmNewCommsMapDevice", [](World& w) { return std::make_unique<ui::frmNewCommsMapDevice>(w.ports, w.store); }},
         {"frmSelectDevice",
-         [](World& w) {
-             auto form = std::make_unique<ui::frmSelectDevice>();
-             form->setCommunicationsManager(&w.Map());
-             return form;
-         }},
+         [](World& w) { return Given(&ui::frmSelectDevice::setCommunicationsManager, &w.Map()); }},
     };
 }
 

@@ -17,7 +17,10 @@ struct Scene {
 };
 
 /// Every registered scene, in registration order.
-std::vector<Scene>& Scenes();
+inline std::vector<Scene>& Scenes() {
+    static std::vector<Scene> scenes;
+    return scenes;
+}
 
 /// Registers a scene when the program starts.
 struct SceneRegistration {

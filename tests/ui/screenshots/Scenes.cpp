@@ -10,14 +10,12 @@
 #include <utility>
 
 #include <QCheckBox>
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStackedWidget>
-#include <QTemporaryDir>
 #include <QTreeWidget>
 
 #include <meridex/addressbook/AddressBook.h>
@@ -71,17 +69,28 @@ std::unique_ptr<Settings> SampleSettings(bool unlocked) {
     return s;
 }
 
-// An editor that owns the settings it shows.
-class SceneProfiles : public frmProfiles {
+// A scene's form with what it shows kept as long as its window: a folder of its own and the documents,
+// logger and handler it was given (destroyed before the folder, and the form after both).
+template <class Form>
+class Owning : public Form {
 public:
-    explicit SceneProfiles(bool unlocked)
-        : frmProfiles(std::make_shared<RecordingUserInterface>()), settings_(SampleSettings(unlocked)) {
-        setV4Settings(settings_.get());
+    using Form::Form;
+    template <class T>
+    T* Keep(std::shared_ptr<T> kept) {
+        kept_.push_back(kept);
+        return kept.get();
     }
+    const test::TempDir folder;
 
 private:
-    std::unique_ptr<Settings> settings_;
+    std::vector<std::shared_ptr<void>> kept_;
 };
+
+std::unique_ptr<QWidget> ProfileEditor(bool unlocked) {
+    auto form = std::make_unique<Owning<frmProfiles>>(std::make_shared<RecordingUserInterface>());
+    form->setV4Settings(form->Keep(std::shared_ptr<Settings>(SampleSettings(unlocked))));
+    return form;
+}
 
 // The ports of a field laptop: two USB adapters and a Bluetooth link, one adapter unplugged.
 class ScenePorts : public SerialPortSource {
@@ -105,52 +114,45 @@ std::shared_ptr<UserStore> SceneStore() {
 // The map of a field office: the PC's direct ports, a modem, the network links, named as people name them.
 void FillMap(CommsProfileManager& map) {
     const XmlNode modem = map.AddRS232PhoneModem("3");
-    ProfileXml::SetChild(modem, "NAME", "Office modem (US Robotics)");
-    ProfileXml::SetChild(modem, "PHONENUMBER", "0437 118 552");
-    ProfileXml::SetChild(modem, "OUTSIDELINE", "0,");
     const XmlNode gprs = map.GetDeviceProfile(map.ApplicationProfiles(), "IP", "GPRSPROXY");
-    ProfileXml::SetChild(gprs, "PROXYADDRESS", "gprs.hydro.example.net");
-    ProfileXml::SetChild(gprs, "USERNAME", "fieldcrew");
-    ProfileXml::SetChild(gprs, "PASSWORD", "secret");
     const XmlNode udp = map.GetDeviceProfile(map.ApplicationProfiles(), "IP", "UDP");
-    ProfileXml::SetChild(udp, "ADDRESS", "10.20.4.17");
-    ProfileXml::SetChild(udp, "VENDORNOTE", "Set up by the radio contractor");
     const XmlNode direct = map.ApplicationProfile(Index(1));
-    ProfileXml::SetChild(direct, "COMMPORT", "4");
-    ProfileXml::SetChild(direct, "NAME", "Prolific USB-to-Serial");
+    const struct {
+        const XmlNode& profile;
+        const char* field;
+        const char* value;
+    } fields[] = {{modem, "NAME", "Office modem (US Robotics)"}, {modem, "PHONENUMBER", "0437 118 552"},
+                  {modem, "OUTSIDELINE", "0,"}, {gprs, "PROXYADDRESS", "gprs.hydro.example.net"},
+                  {gprs, "USERNAME", "fieldcrew"}, {gprs, "PASSWORD", "secret"}, {udp, "ADDRESS", "10.20.4.17"},
+                  {udp, "VENDORNOTE", "Set up by the radio contractor"}, {direct, "COMMPORT", "4"},
+                  {direct, "NAME", "Prolific USB-to-Serial"}};
+    for (const auto& f : fields) ProfileXml::SetChild(f.profile, f.field, f.value);
 }
 
-class SceneSelect : public frmSelectDevice {
-public:
-    SceneSelect() : map_(Ports(), SceneStore()) {
-        FillMap(map_);
-        setCommunicationsManager(&map_);
-        QTreeWidgetItem* root = tvDevices->topLevelItem(0);
-        tvDevices->setCurrentItem(root->child(root->childCount() - 1));
+std::unique_ptr<QWidget> SelectDevice() {
+    auto form = std::make_unique<Owning<frmSelectDevice>>();
+    auto* map = form->Keep(std::make_shared<CommsProfileManager>(Ports(), SceneStore()));
+    FillMap(*map);
+    form->setCommunicationsManager(map);
+    QTreeWidgetItem* root = form->tvDevices->topLevelItem(0);
+    form->tvDevices->setCurrentItem(root->child(root->childCount() - 1));
+    return form;
+}
+
+std::unique_ptr<Owning<frmCommsMap>> CommsMap(int row, std::shared_ptr<RecordingUserInterface> prompts =
+                                                           std::make_shared<RecordingUserInterface>()) {
+    auto form = std::make_unique<Owning<frmCommsMap>>(prompts, Ports(), SceneStore());
+    {
+        CommsProfileManager map(Ports(), SceneStore());
+        FillMap(map);
+        map.SaveXMLMapFile(form->folder.File("CommsProfiles.xml"));
+        map.setMapFile({});
     }
-
-private:
-    CommsProfileManager map_;
-};
-
-class SceneCommsMap : public frmCommsMap {
-public:
-    explicit SceneCommsMap(int row, std::shared_ptr<RecordingUserInterface> prompts = std::make_shared<RecordingUserInterface>())
-        : frmCommsMap(prompts, Ports(), SceneStore()) {
-        {
-            CommsProfileManager map(Ports(), SceneStore());
-            FillMap(map);
-            map.SaveXMLMapFile(folder_.File("CommsProfiles.xml"));
-            map.setMapFile({});
-        }
-        LoadMap(folder_.File("CommsProfiles.xml"));
-        auto* list = findChild<QTreeWidget*>(QStringLiteral("lvDevices"));
-        list->setCurrentItem(list->topLevelItem(row));
-    }
-
-private:
-    test::TempDir folder_;
-};
+    form->LoadMap(form->folder.File("CommsProfiles.xml"));
+    auto* list = form->template findChild<QTreeWidget*>(QStringLiteral("lvDevices"));
+    list->setCurrentItem(list->topLevelItem(row));
+    return form;
+}
 
 class SceneLogger : public Logger {
 public:
@@ -163,46 +165,41 @@ public:
     LoggerIdentity identity{"WL400", "2024117", "2.3.0", false, "1.1"};
 };
 
-// A dialog that owns its logger, its error log and a firmware folder of four files.
-class SceneFirmware : public frmFirmware {
-public:
-    enum class State { Offered, Loading, Upgraded };
-    explicit SceneFirmware(State state) : frmFirmware(std::make_shared<RecordingUserInterface>()) {
-        const struct {
-            const char* name;
-            const char* version;
-            const char* date;
-            std::size_t size;
-        } files[] = {{"wl400-2.4.1.mxfw", "2.4.1", "2026-09-14", 262144},
-                     {"wl400-2.3.0.mxfw", "2.3.0", "2026-03-02", 258048},
-                     {"wl400-2.1.7.mxfw", "2.1.7", "2025-11-20", 251904}};
-        for (const auto& f : files)
-            dir_.Write(std::string("firmware/") + f.name,
-                       FirmwareImage::Make({"WL400", "WL410"}, f.version, f.date, std::string(f.size, 'x')).Serialize());
-        dir_.Write("firmware/rg200-5.0.mxfw", FirmwareImage::Make({"RG200"}, "5.0", "", "x").Serialize());
-        handler_.setErrorLogFile(dir_.File("MeridexAppLibrary.log"));
-        handler_.setLogErrors(true);
-        setLogger(&logger_);
-        setErrHandler(&handler_);
-        setFirmwareFilesPath(dir_.File("firmware"));
-        Form_Load();
-        if (state == State::Upgraded) cmdUpgrade_Click();
-        if (state == State::Loading) {  // as the dialog stands between two blocks
-            lblStep->setText(QString::fromStdString(UpgradeStepText(UpgradeStep::Write, 104448, 262144)));
-            pbProgress->setValue(UpgradePercent(UpgradeStep::Write, 104448, 262144));
-            cmdCancel->setText("&Cancel");
-            cmdUpgrade->setEnabled(false);
-            cmdBrowse->setEnabled(false);
-            lvFiles->setEnabled(false);
-        }
-        lblFolder->setText("/srv/field/firmware");  // a stable path in the picture
+// The dialog on its logger, its error log and a firmware folder of four files: offered, loading, upgraded.
+enum class FirmwareState { Offered, Loading, Upgraded };
+std::unique_ptr<QWidget> Firmware(FirmwareState state) {
+    auto form = std::make_unique<Owning<frmFirmware>>(std::make_shared<RecordingUserInterface>());
+    const struct {
+        const char* name;
+        const char* version;
+        const char* date;
+        std::size_t size;
+    } files[] = {{"wl400-2.4.1.mxfw", "2.4.1", "2026-09-14", 262144},
+                 {"wl400-2.3.0.mxfw", "2.3.0", "2026-03-02", 258048},
+                 {"wl400-2.1.7.mxfw", "2.1.7", "2025-11-20", 251904}};
+    for (const auto& f : files)
+        form->folder.Write(std::string("firmware/") + f.name,
+                           FirmwareImage::Make({"WL400", "WL410"}, f.version, f.date, std::string(f.size, 'x')).Serialize());
+    form->folder.Write("firmware/rg200-5.0.mxfw", FirmwareImage::Make({"RG200"}, "5.0", "", "x").Serialize());
+    auto* handler = form->Keep(std::make_shared<ErrorHandler>());
+    handler->setErrorLogFile(form->folder.File("MeridexAppLibrary.log"));
+    handler->setLogErrors(true);
+    form->setLogger(form->Keep(std::make_shared<SceneLogger>()));
+    form->setErrHandler(handler);
+    form->setFirmwareFilesPath(form->folder.File("firmware"));
+    form->Form_Load();
+    if (state == FirmwareState::Upgraded) form->cmdUpgrade_Click();
+    if (state == FirmwareState::Loading) {  // as the dialog stands between two blocks
+        form->lblStep->setText(QString::fromStdString(UpgradeStepText(UpgradeStep::Write, 104448, 262144)));
+        form->pbProgress->setValue(UpgradePercent(UpgradeStep::Write, 104448, 262144));
+        form->cmdCancel->setText("&Cancel");
+        form->cmdUpgrade->setEnabled(false);
+        form->cmdBrowse->setEnabled(false);
+        form->lvFiles->setEnabled(false);
     }
-
-private:
-    test::TempDir dir_;
-    SceneLogger logger_;
-    ErrorHandler handler_;
-};
+    form->lblFolder->setText("/srv/field/firmware");  // a stable path in the picture
+    return form;
+}
 
 const char* const kMap =
     "<COMMSPROFILES>"
@@ -254,73 +251,52 @@ void FillBook(AddressBook& book) {
                                                         {"IPADDRESS", "192.168.4.20"}, {"IPPORT", "502"}}));
 }
 
-// Files in a temporary folder that lives as long as the scene's window.
-struct Files {
-    QTemporaryDir dir;
-    std::string File(const char* name) const { return dir.filePath(QString::fromLatin1(name)).toStdString(); }
-    std::string Book() const {
-        AddressBook book;
-        book.LoadAddressBook(File("AddressBook.xml"));
-        FillBook(book);
-        book.SaveAddressBook();
-        return File("AddressBook.xml");
-    }
-    std::string Map() const {
-        QFile file(QString::fromStdString(File("CommsProfiles.xml")));
-        file.open(QIODevice::WriteOnly);
-        file.write(kMap);
-        return File("CommsProfiles.xml");
-    }
-    std::shared_ptr<test::FakePorts> Ports() const { return std::make_shared<test::FakePorts>(std::initializer_list<int>{1, 3}); }
-    std::shared_ptr<IniUserStore> Store() const { return std::make_shared<IniUserStore>(File("config")); }
-};
+// The book and the map written into folder.
+std::string Book(const test::TempDir& folder) {
+    AddressBook book;
+    book.LoadAddressBook(folder.File("AddressBook.xml"));
+    FillBook(book);
+    book.SaveAddressBook();
+    return folder.File("AddressBook.xml");
+}
+std::string Map(const test::TempDir& folder) { return folder.Write("CommsProfiles.xml", kMap); }
+std::shared_ptr<test::FakePorts> TwoPorts() { return std::make_shared<test::FakePorts>(std::initializer_list<int>{1, 3}); }
 
-class SceneAddressBook : public frmAddressBook {
-public:
-    SceneAddressBook() : frmAddressBook(std::make_shared<RecordingUserInterface>()) {
-        setCommsSources(files_.Ports(), files_.Store());
-        LoadAddressBook(files_.Book(), files_.Map(), files_.File("schemes"));
-        // A catchment's gauge with its parameters, as a person opens it.
-        for (QTreeWidgetItemIterator it(tvGroups); *it; ++it)
-            if ((*it)->text(0) == QStringLiteral("Ettrick at Lindean")) tvGroups->setCurrentItem(*it);
-        lvProfileElements->setCurrentItem(lvProfileElements->topLevelItem(5));
-    }
+std::unique_ptr<QWidget> AddressBookEditor() {
+    auto form = std::make_unique<Owning<frmAddressBook>>(std::make_shared<RecordingUserInterface>());
+    form->setCommsSources(TwoPorts(), std::make_shared<IniUserStore>(form->folder.File("config")));
+    form->LoadAddressBook(Book(form->folder), Map(form->folder), form->folder.File("schemes"));
+    // A catchment's gauge with its parameters, as a person opens it.
+    for (QTreeWidgetItemIterator it(form->tvGroups); *it; ++it)
+        if ((*it)->text(0) == QStringLiteral("Ettrick at Lindean")) form->tvGroups->setCurrentItem(*it);
+    form->lvProfileElements->setCurrentItem(form->lvProfileElements->topLevelItem(5));
+    return form;
+}
 
-private:
-    Files files_;
-};
+std::unique_ptr<QWidget> NewSite() {
+    auto form = std::make_unique<Owning<frmNewSite>>();
+    auto* map = form->Keep(std::make_shared<CommsProfileManager>(
+        TwoPorts(), std::make_shared<IniUserStore>(form->folder.File("config"))));
+    map->LoadXMLMapFile(Map(form->folder));
+    form->setCommsDevices(map);
+    form->lvDevices->setCurrentItem(form->lvDevices->topLevelItem(1));
+    form->txtName->setText(QStringLiteral("Whiteadder at Hutton"));
+    return form;
+}
 
-class SceneNewSite : public frmNewSite {
-public:
-    SceneNewSite() : map_(files_.Ports(), files_.Store()) {
-        map_.LoadXMLMapFile(files_.Map());
-        setCommsDevices(&map_);
-        lvDevices->setCurrentItem(lvDevices->topLevelItem(1));
-        txtName->setText(QStringLiteral("Whiteadder at Hutton"));
-    }
-
-private:
-    Files files_;
-    CommsProfileManager map_;
-};
-
-class SceneSelectSite : public frmSelectSite {
-public:
-    SceneSelectSite() {
-        book_.LoadAddressBook(files_.Book());
-        setAddressBook(&book_);
-    }
-
-private:
-    Files files_;
-    AddressBook book_;
-};
+std::unique_ptr<QWidget> SelectSite() {
+    auto form = std::make_unique<Owning<frmSelectSite>>();
+    auto* book = form->Keep(std::make_shared<AddressBook>());
+    book->LoadAddressBook(Book(form->folder));
+    form->setAddressBook(book);
+    return form;
+}
 
 }  // namespace
 
-MERIDEX_SCENE("frmProfiles") { return std::make_unique<SceneProfiles>(true); }
+MERIDEX_SCENE("frmProfiles") { return ProfileEditor(true); }
 
-MERIDEX_SCENE("frmProfiles-locked") { return std::make_unique<SceneProfiles>(false); }
+MERIDEX_SCENE("frmProfiles-locked") { return ProfileEditor(false); }
 
 MERIDEX_SCENE("frmV4InputBox") {
     auto form = std::make_unique<frmV4InputBox>();
@@ -349,23 +325,23 @@ MERIDEX_SCENE("frmNewCommsMapDevice") {
     return form;
 }
 
-MERIDEX_SCENE("frmSelectDevice") { return std::make_unique<SceneSelect>(); }
+MERIDEX_SCENE("frmSelectDevice") { return SelectDevice(); }
 
 // Rows of the scene map: the direct ports 1, 3 (renamed to the unplugged 4) and 6, UDP, TCP/IP,
 // GPRS, the modem.
-MERIDEX_SCENE("frmCommsMap-direct") { return std::make_unique<SceneCommsMap>(0); }
+MERIDEX_SCENE("frmCommsMap-direct") { return CommsMap(0); }
 
-MERIDEX_SCENE("frmCommsMap-phonemodem") { return std::make_unique<SceneCommsMap>(6); }
+MERIDEX_SCENE("frmCommsMap-phonemodem") { return CommsMap(6); }
 
-MERIDEX_SCENE("frmCommsMap-udp") { return std::make_unique<SceneCommsMap>(3); }
+MERIDEX_SCENE("frmCommsMap-udp") { return CommsMap(3); }
 
-MERIDEX_SCENE("frmCommsMap-tcp") { return std::make_unique<SceneCommsMap>(4); }
+MERIDEX_SCENE("frmCommsMap-tcp") { return CommsMap(4); }
 
-MERIDEX_SCENE("frmCommsMap-gprsproxy") { return std::make_unique<SceneCommsMap>(5); }
+MERIDEX_SCENE("frmCommsMap-gprsproxy") { return CommsMap(5); }
 
 // A mistyped address, marked at its field when OK was pressed.
 MERIDEX_SCENE("frmCommsMap-invalid") {
-    auto editor = std::make_unique<SceneCommsMap>(3);
+    auto editor = CommsMap(3);
     auto* stack = editor->findChild<QStackedWidget*>(QStringLiteral("stkFrames"));
     auto* address = stack->currentWidget()->findChild<QLineEdit*>(QStringLiteral("txtAddress"));
     address->setText(QStringLiteral("10.20.4.256"));
@@ -379,27 +355,27 @@ MERIDEX_SCENE("frmCommsMap-invalid") {
 MERIDEX_SCENE("frmCommsMap-discard") {
     auto prompts = std::make_shared<RecordingUserInterface>();
     prompts->QueueChoice(0);
-    SceneCommsMap editor(0, prompts);
-    QWidget* frame = editor.findChild<QStackedWidget*>(QStringLiteral("stkFrames"))->currentWidget();
+    const auto editor = CommsMap(0, prompts);
+    QWidget* frame = editor->findChild<QStackedWidget*>(QStringLiteral("stkFrames"))->currentWidget();
     frame->findChild<QCheckBox*>(QStringLiteral("cbDefault"))->click();
-    editor.cmdCancel_Click();
+    editor->cmdCancel_Click();
     if (prompts->Choices().empty()) throw std::runtime_error("the editor closed without asking");
     const RecordingUserInterface::Choice& asked = prompts->Choices().back();
     return QtUserInterface::ChooseBoxFor(asked.text, asked.choices, asked.icon, asked.caption,
                                          asked.defaultChoice);
 }
 
-MERIDEX_SCENE("frmFirmware") { return std::make_unique<SceneFirmware>(SceneFirmware::State::Offered); }
+MERIDEX_SCENE("frmFirmware") { return Firmware(FirmwareState::Offered); }
 
-MERIDEX_SCENE("frmFirmware-loading") { return std::make_unique<SceneFirmware>(SceneFirmware::State::Loading); }
+MERIDEX_SCENE("frmFirmware-loading") { return Firmware(FirmwareState::Loading); }
 
-MERIDEX_SCENE("frmFirmware-upgraded") { return std::make_unique<SceneFirmware>(SceneFirmware::State::Upgraded); }
+MERIDEX_SCENE("frmFirmware-upgraded") { return Firmware(FirmwareState::Upgraded); }
 
-MERIDEX_SCENE("frmAddressBook") { return std::make_unique<SceneAddressBook>(); }
+MERIDEX_SCENE("frmAddressBook") { return AddressBookEditor(); }
 
-MERIDEX_SCENE("frmNewSite") { return std::make_unique<SceneNewSite>(); }
+MERIDEX_SCENE("frmNewSite") { return NewSite(); }
 
-MERIDEX_SCENE("frmSelectSite") { return std::make_unique<SceneSelectSite>(); }
+MERIDEX_SCENE("frmSelectSite") { return SelectSite(); }
 
 MERIDEX_SCENE("frmImport") {
     auto form = std::make_unique<frmImport>();
