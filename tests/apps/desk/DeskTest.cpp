@@ -30,10 +30,9 @@
 #include <meridex/settings/Settings.h>
 
 #include "../../sync/SyncTestSupport.h"
-#include "CommsDialogTest.h"
 #include "CommsTestSupport.h"
-#include "DeskDialogs.h"
 #include "DialogTest.h"
+#include "DeskDialogs.h"
 #include "LibraryDialogs.h"
 #include "MainWindow.h"
 #include "SyncWindow.h"

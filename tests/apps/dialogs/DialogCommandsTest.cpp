@@ -9,9 +9,9 @@
 #include <QTest>
 #include <QTreeWidget>
 
-#include "CommsDialogTest.h"
-#include "DialogCommand.h"
+#include "CommsTestSupport.h"
 #include "DialogTest.h"
+#include "DialogCommand.h"
 #include "TempDir.h"
 #include <meridex/ui/Install.h>
 
