@@ -17,6 +17,8 @@ namespace meridex {
 
 namespace {
 
+constexpr std::size_t kCopiesPerFlush = 4096;
+
 bool EndsWithSeparator(const std::string& path) {
     return !path.empty() && FileSystem::LastSeparator(path) == path.size() - 1;
 }
@@ -311,8 +313,11 @@ void SyncSchemes::Sync() {
                 auto progress = static_cast<std::int16_t>(total > 0 ? done * 100 / total : 0);
                 ++done;
                 SyncItem(item, list == &newerLocal_, progress);
-                // Bounds what a crash could leave behind as hidden temporary files.
-                if (pending_.size() >= 512) CommitPending();
+                // Bounds what a crash could leave behind as hidden temporary
+                // files. Each batch costs two flushes of the whole file system,
+                // which on a shared disk wait for everyone's unwritten data,
+                // so a batch is large: a usual pull or push is one.
+                if (pending_.size() >= kCopiesPerFlush) CommitPending();
             }
         }
     } catch (...) {
