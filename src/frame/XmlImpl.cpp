@@ -227,6 +227,13 @@ void ClearPrivate(xmlNodePtr top) {
 }
 
 std::string CleanText(std::string_view text) {
+    // Most texts are ASCII without control characters: kept as they are.
+    bool clean = true;
+    for (const char byte : text) {
+        const auto c = static_cast<unsigned char>(byte);
+        clean = clean && (c >= 0x20 ? c < 0x80 : (c == '\t' || c == '\n' || c == '\r'));
+    }
+    if (clean) return std::string(text);
     std::string out;
     out.reserve(text.size());
     for (std::size_t pos = 0; pos < text.size();) {

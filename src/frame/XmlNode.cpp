@@ -165,10 +165,9 @@ void XmlNode::setText(std::string_view text) const {
         if (!clean.empty()) {
             xmlNodePtr textNode = xmlNewDocTextLen(node->doc, reinterpret_cast<const xmlChar*>(clean.data()),
                                                    static_cast<int>(clean.size()));
-            if (textNode) {
-                xmlimpl::AddOrphan(textNode);
-                xmlimpl::MoveInto(node, textNode, nullptr);
-            }
+            // Linked at once: no view can see it before, so it need not be
+            // kept as an orphan on the way.
+            if (textNode && !xmlimpl::MoveInto(node, textNode, nullptr)) xmlFreeNode(textNode);
         }
         return;
     }
