@@ -54,7 +54,8 @@ void CreateChild(const XmlNode& node, std::string_view name, std::string_view va
         const std::string tag(name);
         xmlNodePtr element = xmlNewDocNode(parent->doc, nullptr, reinterpret_cast<const xmlChar*>(tag.c_str()), nullptr);
         if (!element) return;
-        const std::string clean = xmlimpl::CleanText(value);
+        std::string cleaned;
+        const std::string_view clean = xmlimpl::IsCleanText(value) ? value : (cleaned = xmlimpl::CleanText(value));
         if (!clean.empty()) {
             xmlNodePtr text = xmlNewDocTextLen(parent->doc, reinterpret_cast<const xmlChar*>(clean.data()),
                                                static_cast<int>(clean.size()));

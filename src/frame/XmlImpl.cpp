@@ -226,14 +226,17 @@ void ClearPrivate(xmlNodePtr top) {
     WalkSubtree(top, [](xmlNodePtr n) { n->_private = nullptr; });
 }
 
-std::string CleanText(std::string_view text) {
-    // Most texts are ASCII without control characters: kept as they are.
-    bool clean = true;
+bool IsCleanText(std::string_view text) noexcept {
     for (const char byte : text) {
         const auto c = static_cast<unsigned char>(byte);
-        clean = clean && (c >= 0x20 ? c < 0x80 : (c == '\t' || c == '\n' || c == '\r'));
+        if (c >= 0x80 || (c < 0x20 && c != '\t' && c != '\n' && c != '\r')) return false;
     }
-    if (clean) return std::string(text);
+    return true;
+}
+
+std::string CleanText(std::string_view text) {
+    // Most texts are ASCII without control characters: kept as they are.
+    if (IsCleanText(text)) return std::string(text);
     std::string out;
     out.reserve(text.size());
     for (std::size_t pos = 0; pos < text.size();) {

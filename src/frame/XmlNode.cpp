@@ -155,7 +155,8 @@ std::string XmlNode::Text() const {
 void XmlNode::setText(std::string_view text) const {
     xmlNodePtr node = XmlAccess::Raw(*this);
     if (!node) return;
-    const std::string clean = xmlimpl::CleanText(text);
+    std::string cleaned;
+    const std::string_view clean = xmlimpl::IsCleanText(text) ? text : (cleaned = xmlimpl::CleanText(text));
     if (node->type == XML_ELEMENT_NODE) {
         // Unchanged single text child: nothing to do.
         if (node->children && !node->children->next && node->children->type == XML_TEXT_NODE &&
