@@ -17,7 +17,7 @@ namespace meridex {
 
 namespace {
 
-constexpr std::size_t kCopiesPerFlush = 4096;
+constexpr std::size_t kCopiesPerFlush = 512;
 
 bool EndsWithSeparator(const std::string& path) {
     return !path.empty() && FileSystem::LastSeparator(path) == path.size() - 1;
@@ -314,9 +314,8 @@ void SyncSchemes::Sync() {
                 ++done;
                 SyncItem(item, list == &newerLocal_, progress);
                 // Bounds what a crash could leave behind as hidden temporary
-                // files. Each batch costs two flushes of the whole file system,
-                // which on a shared disk wait for everyone's unwritten data,
-                // so a batch is large: a usual pull or push is one.
+                // files. (Batches of 4,096 measured slower than 512 on ext4:
+                // fewer flushes, but each waits for far more at once.)
                 if (pending_.size() >= kCopiesPerFlush) CommitPending();
             }
         }
