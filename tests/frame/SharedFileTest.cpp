@@ -277,30 +277,5 @@ TEST(LockNote, ASecondEditorIsToldUnattendedOpensAndStaleNotesAreCleared) {
     EXPECT_EQ(ui->Messages().size(), 1u);
 }
 
-// A profile written before a feature was known gets it on load; a merge
-// compares with the profile as completed, so the other side's change to that
-// feature is theirs alone, not a second addition that clashes with ours.
-TEST(SharedSettings, AFeatureCompletedOnLoadThatTheOtherSideChangedMergesQuietly) {
-    TempDir dir;
-    auto ui = std::make_shared<RecordingUserInterface>();
-    UserInterface::Install(ui);
-    const std::string path = dir.Write("V4Settings.xml", "<V4SETTINGS><PROFILES><PROFILE><KEY>Crew</KEY>"
-                                                         "</PROFILE></PROFILES></V4SETTINGS>");
-    Settings ours;
-    Settings theirs;
-    ASSERT_TRUE(ours.LoadSettings(path));
-    ASSERT_TRUE(theirs.LoadSettings(path));
-    ASSERT_TRUE(theirs.Profiles().Item("Crew").FeatureAvailable("V4_TEST_MODE"));
-    theirs.Profiles().Item("Crew").Item("V4_TEST_MODE").setAvailable(false);
-    ASSERT_TRUE(theirs.SaveSettings());
-    ours.SetString("UNITS", "300");
-    ASSERT_TRUE(ours.SaveSettings());
-    EXPECT_EQ(ours.ConflictCopy(), "");
-    EXPECT_FALSE(ours.Profiles().Item("Crew").FeatureAvailable("V4_TEST_MODE"));
-    EXPECT_EQ(ours.GetString("UNITS", ""), "300");
-    EXPECT_TRUE(ui->Messages().empty());
-    UserInterface::Install(nullptr);
-}
-
 }  // namespace
 }  // namespace meridex
