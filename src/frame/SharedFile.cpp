@@ -104,7 +104,6 @@ std::string SharedFile::ErrorLogFile() {
 bool SharedFile::Read(const std::string& path, std::string& bytes) {
     path_ = path;
     base_.clear();
-    makeBase_ = nullptr;
     identity_ = {};
     if (!FileSystem::ReadWithIdentity(path, bytes, identity_)) {
         identity_ = FileSystem::IdentityOf(path);  // there but unreadable: that version is what was seen
@@ -117,7 +116,6 @@ bool SharedFile::Read(const std::string& path, std::string& bytes) {
 void SharedFile::NotRead(const std::string& path) {
     path_ = path;
     base_.clear();
-    makeBase_ = nullptr;
     identity_ = {};
 }
 
@@ -153,17 +151,12 @@ bool SharedFile::Save(const std::string& target, const std::function<std::string
             written.hash = FileIdentity::HashOf(bytes.data(), bytes.size());
             identity_ = written;
             base_ = std::move(bytes);
-            makeBase_ = nullptr;
             path_ = target;
             return true;
         }
         if (!changed) {
             if (error) *error = reason;
             return false;
-        }
-        if (makeBase_) {
-            base_ = makeBase_();
-            makeBase_ = nullptr;
         }
         if (!(merge && merge(base_, theirs))) {
             const std::string copy = KeepConflictCopy(target, theirs, theirId);

@@ -29,16 +29,7 @@ public:
     void NotRead(const std::string& path);
     /// The document as loaded, in the form merges compare against (after Read:
     /// the bytes read).
-    void setBase(std::string bytes) {
-        base_ = std::move(bytes);
-        makeBase_ = nullptr;
-    }
-    /// The same, made by make only when a merge first needs it (most saves
-    /// never merge, so a load need not pay for it).
-    void setBaseMaker(std::function<std::string()> make) {
-        base_.clear();
-        makeBase_ = std::move(make);
-    }
+    void setBase(std::string bytes) { base_ = std::move(bytes); }
 
     /// Writes serialize()'s bytes to target atomically. When target is the file
     /// loaded or last saved and someone else saved it since, merges (merge may
@@ -61,7 +52,6 @@ private:
     std::string path_;
     FileIdentity identity_;
     std::string base_;
-    std::function<std::string()> makeBase_;  // when set, makes base_ at the first merge
     std::string conflictCopy_;
 };
 

@@ -135,14 +135,23 @@ bool Settings::LoadSettings(const std::string& settingsFile) {
         shared_.NotRead(settingsFile);
         std::string bytes;
         if (FileOps::FileExists(settingsFile)) {
-            if (shared_.Read(settingsFile, bytes) && Adopt(XmlDocument::Parse(bytes))) {
-                loaded = true;
-                // Merges compare with the completed profiles: the same bytes
-                // completed again give them, made only if a save merges.
-                shared_.setBaseMaker([bytes = std::move(bytes)] {
-                    Settings base;
-                    return base.Adopt(XmlDocument::Parse(bytes)) ? base.root_.Xml() : std::string();
-                });
+            const XmlDocument document = shared_.Read(settingsFile, bytes) ? XmlDocument::Parse(bytes) : XmlDocument();
+            const XmlNode root = document.DocumentNode().SelectSingle(kRoot);
+            if (root) {
+                XmlNode profiles = root.SelectSingle(kProfiles);
+                // Already last (as every file saved here has it): moving it
+                // would change nothing but cost a walk of every profile.
+                const bool last = profiles && profiles.NextSibling().IsNull();
+                if (!profiles) profiles = XMLOps::CreateXMLElement(kProfiles);
+                // Appending moves an existing PROFILES behind every key.
+                if (last || root.AppendChild(profiles)) {
+                    root_ = root;
+                    profiles_.setXMLNode(profiles);
+                    current_ = Profile(XmlNode{});
+                    loaded = true;
+                    CompleteProfiles();
+                    shared_.setBase(root_.Xml());  // merges compare with the completed profiles
+                }
             }
             // Whatever was there is not a settings document we can read: a
             // save must not replace it before it has been kept.
@@ -167,23 +176,6 @@ bool Settings::LoadSettings(const std::string& settingsFile) {
 // Every loaded profile gains the catalogue features it lacks: administrator
 // values for "ADMINISTRATOR", lockdown values for "LOCKDOWN" (exact case),
 // default values for any other. The standard profiles are built once.
-bool Settings::Adopt(const XmlDocument& document) {
-    const XmlNode root = document.DocumentNode().SelectSingle(kRoot);
-    if (!root) return false;
-    XmlNode profiles = root.SelectSingle(kProfiles);
-    // Already last (as every file saved here has it): moving it
-    // would change nothing but cost a walk of every profile.
-    const bool last = profiles && profiles.NextSibling().IsNull();
-    if (!profiles) profiles = XMLOps::CreateXMLElement(kProfiles);
-    // Appending moves an existing PROFILES behind every key.
-    if (!last && !root.AppendChild(profiles)) return false;
-    root_ = root;
-    profiles_.setXMLNode(profiles);
-    current_ = Profile(XmlNode{});
-    CompleteProfiles();
-    return true;
-}
-
 void Settings::CompleteProfiles() const {
     const Profile administrator = V4StandardProfiles::GetDefaultAdministratorProfile();
     const Profile lockdown = V4StandardProfiles::GetDefaultLockdownProfile();

@@ -89,9 +89,6 @@ public:
 
 private:
     void Reset();
-    // Takes document's settings root, its PROFILES last, and completes the
-    // profiles; false (nothing changed) when it holds no settings.
-    bool Adopt(const XmlDocument& document);
     void CompleteProfiles() const;
 
     XMLFactoryLease lease_;
