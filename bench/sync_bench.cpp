@@ -1,8 +1,11 @@
 // Scheme synchronisation against the tools a user would otherwise reach for:
 // the scan against `find` listing both trees with their times, the copy
-// against `cp --preserve=timestamps` of the same files.
+// against `cp --preserve=timestamps` of the same files, and a pull (what
+// `meridex sync REMOTE LOCAL --pull` does) against `rsync -a --update --backup`
+// followed by `sync -f`, which is as safe.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,6 +17,8 @@
 
 #include <meridex/sync/SyncSchemes.h>
 
+#include "BenchFolder.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -22,6 +27,9 @@ using meridex::SyncSchemes;
 constexpr int kFolders = 200;
 constexpr int kFamiliesPerFolder = 25;  // four files each: 200 * 25 * 4 = 20,000 files a tree
 constexpr int kCopyFamilies = 2000;     // three files each, 28 KiB a family
+constexpr int kPullFamilies = 4000;     // a fifth newer on each side, three files each
+constexpr int kPullFamiliesPerFolder = 100;
+constexpr std::pair<const char*, std::size_t> kFamily[] = {{"SXS", 16384}, {"XML", 4096}, {"LDR", 8192}};
 
 void WriteFile(const std::string& path, std::size_t size, std::time_t modified) {
     std::ofstream(path, std::ios::binary) << std::string(size, 'x');
@@ -53,11 +61,10 @@ struct Fixture {
                                   1700000000 + (side == scanLocal && s % 3 == 0 ? 60 : 0));
             }
         }
-        const std::pair<const char*, std::size_t> family[] = {{"SXS", 16384}, {"XML", 4096}, {"LDR", 8192}};
         for (int n = 0; n < kCopyFamilies; ++n) {
             std::string folder = copySource + "/Region" + std::to_string(n / 100);
             if (n % 100 == 0) fs::create_directories(folder);
-            for (const auto& [ext, size] : family) {
+            for (const auto& [ext, size] : kFamily) {
                 WriteFile(folder + "/Scheme" + std::to_string(n) + "." + ext, size, 1700000000 + n);
                 copyBytes += size;
             }
@@ -142,6 +149,96 @@ void RunCp(benchmark::State& state, bool withOlderCopies, const std::string& aft
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * f.copyBytes));
 }
 
+// Two trees of the same schemes: a fifth newer remotely, a fifth newer
+// locally, the rest in step. Each run pulls into a fresh copy of the local tree.
+struct PullTrees {
+    std::string root, remote, pristine, local;
+    PullTrees() {
+        root = BenchFolder() + "/pull";
+        remote = root + "/remote";
+        pristine = root + "/pristine";
+        local = root + "/local";
+        for (int n = 0; n < kPullFamilies; ++n) {
+            const std::string folder = "/Region" + std::to_string(n / kPullFamiliesPerFolder);
+            if (n % kPullFamiliesPerFolder == 0) {
+                fs::create_directories(remote + folder);
+                fs::create_directories(pristine + folder);
+            }
+            for (const auto& [ext, size] : kFamily) {
+                const std::string name = folder + "/Scheme" + std::to_string(n) + "." + ext;
+                const std::time_t time = 1700000000 + n;
+                WriteFile(remote + name, size, time + (n % 5 == 0 ? 60 : 0));
+                WriteFile(pristine + name, size, time + (n % 5 == 1 ? 60 : 0));
+            }
+        }
+    }
+    void Reset() const {
+        std::error_code ec;
+        fs::remove_all(local, ec);
+        std::string command = "cp -a '" + pristine + "' '" + local + "' && sync -f '" + local + "'";
+        if (std::system(command.c_str()) != 0) std::abort();
+    }
+};
+
+// User and system time of this process and of the children it has waited for.
+double CpuSeconds() {
+    double total = 0;
+    for (int who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
+        struct rusage usage {};
+        getrusage(who, &usage);
+        for (const timeval& t : {usage.ru_utime, usage.ru_stime}) total += t.tv_sec + t.tv_usec / 1e6;
+    }
+    return total;
+}
+
+// Runs one timed pull per iteration on a fresh local tree; the counter
+// "cpu_ms" is the CPU time of the pull and of any program it ran.
+template <typename Run>
+void TimePull(benchmark::State& state, const PullTrees& t, Run run) {
+    double cpu = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        t.Reset();
+        const double before = CpuSeconds();
+        state.ResumeTiming();
+        run();
+        state.PauseTiming();
+        cpu += CpuSeconds() - before;
+        state.ResumeTiming();
+    }
+    state.counters["cpu_ms"] = benchmark::Counter(cpu * 1000, benchmark::Counter::kAvgIterations);
+}
+
+const PullTrees& Pull() {
+    static const PullTrees trees;
+    return trees;
+}
+
+void BM_SyncSchemesPull(benchmark::State& state) {
+    const PullTrees& t = Pull();
+    TimePull(state, t, [&] {
+        SyncSchemes sync;
+        sync.GetSchemeList(t.remote, t.local);
+        for (auto item : sync.NewerRemoteFiles().Items()) item.setSyncOptions(meridex::syncUpdate);
+        sync.Sync();
+        if (sync.Errors().Count() != 0 || sync.NewerRemoteFiles().Count() != kPullFamilies / 5)
+            state.SkipWithError("pull failed");
+    });
+}
+
+void BM_RsyncPullBaseline(benchmark::State& state) {
+    if (std::system("command -v rsync >/dev/null 2>&1") != 0) {
+        state.SkipWithError("rsync is not installed (scripts/bootstrap installs it): no baseline for the pull");
+        return;
+    }
+    const PullTrees& t = Pull();
+    const std::string command =
+        "rsync -a --update --backup '" + t.remote + "/' '" + t.local + "/' && sync -f '" + t.local + "'";
+    TimePull(state, t, [&] {
+        if (std::system(command.c_str()) != 0) state.SkipWithError("rsync failed");
+    });
+}
+
 void BM_SyncSchemesCopy(benchmark::State& state) { RunSync(state, false, nullptr); }
 
 // The same, flushing nothing: what the flush to disk costs.
@@ -172,5 +269,10 @@ BENCHMARK(BM_CpThenSyncBaseline)->Unit(benchmark::kMillisecond)->UseRealTime()->
 BENCHMARK(BM_SyncSchemesReplace)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
 BENCHMARK(BM_CpReplaceBaseline)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
 BENCHMARK(BM_CpReplaceThenSyncBaseline)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
+
+// Wall time is what counts here (the flushes wait on the disk); cpu_ms gives
+// the CPU time, rsync's child processes included.
+BENCHMARK(BM_SyncSchemesPull)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+BENCHMARK(BM_RsyncPullBaseline)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
 
 BENCHMARK_MAIN();

@@ -45,6 +45,35 @@ void RequireFactory(const char* routine) {
 // Creates name under node with text value, made by node's own document;
 // any failure is ignored.
 void CreateChild(const XmlNode& node, std::string_view name, std::string_view value) {
+    xmlNodePtr parent = XmlAccess::Raw(node);
+    if (parent && parent->type == XML_ELEMENT_NODE && parent->doc) {
+        // Under an element, made and linked directly: nothing can see the new
+        // element before it is in place, so it needs no view of its own. The
+        // document's edit count moves as a text written into it moves it.
+        if (!xmlimpl::IsValidName(name)) return;
+        const std::string tag(name);
+        xmlNodePtr element = xmlNewDocNode(parent->doc, nullptr, reinterpret_cast<const xmlChar*>(tag.c_str()), nullptr);
+        if (!element) return;
+        std::string cleaned;
+        const std::string_view clean = xmlimpl::IsCleanText(value) ? value : (cleaned = xmlimpl::CleanText(value));
+        if (!clean.empty()) {
+            xmlNodePtr text = xmlNewDocTextLen(parent->doc, reinterpret_cast<const xmlChar*>(clean.data()),
+                                               static_cast<int>(clean.size()));
+            if (!text) {
+                xmlFreeNode(element);
+                return;
+            }
+            text->parent = element;
+            element->children = element->last = text;
+            ++xmlimpl::HolderOf(parent->doc)->editGeneration;
+        }
+        if (!xmlimpl::MoveInto(parent, element, nullptr)) {
+            xmlFreeNode(element);
+            return;
+        }
+        MarkDocumentChanged(node);
+        return;
+    }
     XmlDocument owner = node.OwnerDocument();
     if (!owner) return;
     XmlNode element = owner.CreateElement(name);

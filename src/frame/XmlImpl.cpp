@@ -226,7 +226,17 @@ void ClearPrivate(xmlNodePtr top) {
     WalkSubtree(top, [](xmlNodePtr n) { n->_private = nullptr; });
 }
 
+bool IsCleanText(std::string_view text) noexcept {
+    for (const char byte : text) {
+        const auto c = static_cast<unsigned char>(byte);
+        if (c >= 0x80 || (c < 0x20 && c != '\t' && c != '\n' && c != '\r')) return false;
+    }
+    return true;
+}
+
 std::string CleanText(std::string_view text) {
+    // Most texts are ASCII without control characters: kept as they are.
+    if (IsCleanText(text)) return std::string(text);
     std::string out;
     out.reserve(text.size());
     for (std::size_t pos = 0; pos < text.size();) {

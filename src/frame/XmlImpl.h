@@ -63,6 +63,9 @@ void ClearPrivate(xmlNodePtr top);
 // UTF-8 text made safe for an XML document: invalid sequences become
 // U+FFFD and characters XML 1.0 forbids are dropped.
 std::string CleanText(std::string_view text);
+// True when CleanText would give text back unchanged (ASCII without the
+// control characters XML forbids), so it can be used as it is.
+bool IsCleanText(std::string_view text) noexcept;
 bool IsValidName(std::string_view name);
 
 }  // namespace meridex::xmlimpl

@@ -155,7 +155,8 @@ std::string XmlNode::Text() const {
 void XmlNode::setText(std::string_view text) const {
     xmlNodePtr node = XmlAccess::Raw(*this);
     if (!node) return;
-    const std::string clean = xmlimpl::CleanText(text);
+    std::string cleaned;
+    const std::string_view clean = xmlimpl::IsCleanText(text) ? text : (cleaned = xmlimpl::CleanText(text));
     if (node->type == XML_ELEMENT_NODE) {
         // Unchanged single text child: nothing to do.
         if (node->children && !node->children->next && node->children->type == XML_TEXT_NODE &&
@@ -165,10 +166,9 @@ void XmlNode::setText(std::string_view text) const {
         if (!clean.empty()) {
             xmlNodePtr textNode = xmlNewDocTextLen(node->doc, reinterpret_cast<const xmlChar*>(clean.data()),
                                                    static_cast<int>(clean.size()));
-            if (textNode) {
-                xmlimpl::AddOrphan(textNode);
-                xmlimpl::MoveInto(node, textNode, nullptr);
-            }
+            // Linked at once: no view can see it before, so it need not be
+            // kept as an orphan on the way.
+            if (textNode && !xmlimpl::MoveInto(node, textNode, nullptr)) xmlFreeNode(textNode);
         }
         return;
     }

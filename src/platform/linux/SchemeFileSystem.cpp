@@ -213,11 +213,16 @@ std::vector<std::string> SchemeFileSystem::CommitPending(std::vector<PendingCopy
     // One folder for each file system the copies are on.
     std::map<dev_t, std::string> fileSystems;
     std::vector<dev_t> deviceOf(pending.size(), 0);
+    std::map<std::string, dev_t> deviceOfFolder;  // the copies of a batch share a few folders
     for (std::size_t i = 0; i < pending.size(); ++i) {
-        struct stat st {};
         std::string folder = FolderOf(pending[i].temp);
-        if (::stat(folder.c_str(), &st) == 0) fileSystems.emplace(st.st_dev, folder);
-        deviceOf[i] = st.st_dev;
+        auto known = deviceOfFolder.find(folder);
+        if (known == deviceOfFolder.end()) {
+            struct stat st {};
+            if (::stat(folder.c_str(), &st) == 0) fileSystems.emplace(st.st_dev, folder);
+            known = deviceOfFolder.emplace(std::move(folder), st.st_dev).first;
+        }
+        deviceOf[i] = known->second;
     }
     std::map<dev_t, bool> flushed;
     for (const auto& [device, folder] : fileSystems) flushed[device] = FlushFileSystem(folder);
