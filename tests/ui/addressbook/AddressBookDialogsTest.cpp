@@ -148,8 +148,9 @@ TEST_F(SelectSiteDialog, TheFacadeAnswersTheSiteChosenWithEnter) {
     XmlNode chosen;
     ModalScript()
         .Then([](QWidget* dialog) {
+            // By keyboard alone: End goes to the last node, the site at the root.
             auto* tree = Child<QTreeWidget>(dialog, "tvGroups");
-            ClickRow(tree, Keyed(tree, "\\Depot"));
+            QTest::keyClick(tree, Qt::Key_End);
             QTest::keyClick(tree, Qt::Key_Return);
         })
         .Run([&] { chosen = ui::V4Dialogs().SelectSiteCommsProfiles(book_); });
