@@ -8,13 +8,16 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
 #include "OsSupport.h"
 #include "TempDir.h"
 #include <meridex/frame/FileOps.h>
 #include <meridex/frame/LockNote.h>
 #include <meridex/frame/RecordingUserInterface.h>
+#include <meridex/frame/SharedFile.h>
 
 using namespace meridex;
 using namespace meridex::FileOps;
@@ -128,4 +131,35 @@ TEST(FileOpsAsUser, AFolderWithoutWritePermissionStillOpensAndSavesItsWritableFi
     test::SetReadOnly(target, true);
     EXPECT_FALSE(WriteFileAtomic(target, "lost"));
     EXPECT_EQ(TempDir::Read(target), "new");
+}
+
+// A shared file reached through a link to another file system (a share mounted
+// elsewhere) cannot be given a second name beside the link: their version is
+// written there as the conflict copy, whole, and ours is saved through the link.
+TEST(SharedFile, TheirVersionBehindALinkToAnotherFileSystemIsWrittenAsTheCopy) {
+    TempDir dir;
+    char pattern[] = "/dev/shm/meridex-test-XXXXXX";
+    if (!std::filesystem::is_directory("/dev/shm") || !::mkdtemp(pattern)) GTEST_SKIP() << "no /dev/shm";
+    const std::string elsewhere = std::string(pattern) + "/book.xml";
+    std::ofstream(elsewhere) << "<V4ADDRESSBOOK>base</V4ADDRESSBOOK>";
+    const std::string link = dir.File("book.xml");
+    std::filesystem::create_symlink(elsewhere, link);
+    auto ui = std::make_shared<RecordingUserInterface>();
+    UserInterface::Install(ui);
+    SharedFile::setErrorLogFile(dir.File("ErrorLog.txt"));
+    SharedFile file;
+    ASSERT_TRUE(file.Read(link));
+    std::ofstream(elsewhere) << "<V4ADDRESSBOOK>theirs</V4ADDRESSBOOK>";
+    std::string error;
+    EXPECT_TRUE(file.Save(link, [] { return std::string("<V4ADDRESSBOOK>ours</V4ADDRESSBOOK>"); }, {}, "Test", &error))
+        << error;
+    ASSERT_FALSE(file.ConflictCopy().empty());
+    EXPECT_EQ(file.ConflictCopy().rfind(link + ".conflict-", 0), 0u) << file.ConflictCopy();
+    EXPECT_EQ(TempDir::Read(file.ConflictCopy()), "<V4ADDRESSBOOK>theirs</V4ADDRESSBOOK>");
+    EXPECT_EQ(TempDir::Read(elsewhere), "<V4ADDRESSBOOK>ours</V4ADDRESSBOOK>");
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(ui->Messages().size(), 1u);  // and told
+    UserInterface::Install(nullptr);
+    SharedFile::setErrorLogFile("");
+    std::filesystem::remove_all(pattern);
 }

@@ -356,6 +356,12 @@ TEST(XMLOps, SetRuleDropsEmptyAndZeroUnlessForced) {
     SetXMLValue(d.node, "1 bad", "v", true);
     EXPECT_EQ(d.node.CountChildElements(), 3u);
     SetXMLValue(XmlNode(), "A", "v", true);
+    // Under a node that is no element (a text), nothing is made and nothing marked.
+    d.ClearMark();
+    const XmlNode text = d.node.SelectSingle("Z").FirstChild();
+    SetXMLValue(text, "T", "v", true);
+    EXPECT_EQ(d.node.SelectSingle("Z").Xml(), "<Z>5</Z>");
+    EXPECT_FALSE(d.Changed());
 }
 
 TEST(XMLOps, ReadersWriteTheirDefaults) {
